@@ -1,0 +1,320 @@
+#include <wqdata/items/dataitem.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cfloat>
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include "support.h"
+
+namespace {
+
+using wqd::CDataItem;
+using wqd_test::DecimalComma;
+using wqd_test::Exact;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+CDataItem text_item(const std::string& text) {
+  return CDataItem(FID{7}, text.data(), static_cast<int>(text.size()));
+}
+
+CDataItem short_item(std::int16_t value) { return CDataItem(FID{7}, value, false); }
+
+std::string by_snprintf(double value) {
+  char text[400];
+  std::snprintf(text, sizeof text, "%.4f", value);
+  return text;
+}
+
+/// All that an item shows, the bytes of a text with its NUL among it.
+std::string observed(const CDataItem& item) {
+  const bool isText = item.GetType() == TYPE_STRING;
+  const std::size_t size =
+      isText ? static_cast<std::size_t>(item.GetSize()) : std::strlen(item.GetString());
+  return "id " + std::to_string(item.GetId()) + " type " + std::to_string(item.GetType()) +
+         " size " + std::to_string(item.GetSize()) + " error " + std::to_string(item.GetError()) +
+         " long " + std::to_string(item.GetLong()) + " short " + std::to_string(item.GetShort()) +
+         " float " + Exact(item.GetFloat()) + " text " +
+         testing::PrintToString(std::string(item.GetString(), size));
+}
+
+bool lies_inside(const CDataItem& item) {
+  const char* const begin = reinterpret_cast<const char*>(&item);
+  return item.GetString() >= begin && item.GetString() < begin + sizeof item;
+}
+
+TEST(Item, ConvertsByItsType) {
+  constexpr auto kNoShort = MISSING_SHORT;
+  constexpr auto kNoLong = MISSING_LONG;
+  constexpr auto kNone = MISSING_DOUBLE;
+  CDataItem grown = text_item(std::string(2000, 'x'));
+  grown.Set(FID{7}, -DBL_MAX);
+  const struct {
+    CDataItem item;
+    int type, size, byte;
+    std::int16_t asShort;
+    std::int32_t asLong;
+    double asFloat;
+    std::string text;
+  } rows[] = {
+      {{FID{7}, 5.0}, 1, 8, 0, kNoShort, kNoLong, 5.0, "5.0000"},
+      {{FID{7}, -0.00004}, 1, 8, 0, kNoShort, kNoLong, -0.00004, "-0.0000"},
+      {{FID{7}, kNan}, 1, 8, 0, kNoShort, kNoLong, kNan, "nan"},
+      {grown, 1, 8, 0, kNoShort, kNoLong, -DBL_MAX, by_snprintf(-DBL_MAX)},
+      {{FID{7}, 65537}, 2, 4, 0, 1, 65537, 65537.0, "65537"},
+      {{FID{7}, -3}, 2, 4, 0, -3, -3, -3.0, "-3"},
+      {{FID{7}, 0x12348000}, 2, 4, 0, kNoShort, 0x12348000, 305430528.0, "305430528"},
+      {{FID{7}, -INT_MAX}, 2, 4, 0, 1, -INT_MAX, -2147483647.0, "-2147483647"},
+      {short_item(300), 3, 2, 44, 300, 300, 300.0, "300"},
+      {short_item(-2), 3, 2, 254, -2, -2, -2.0, "-2"},
+      {text_item(""), 6, 1, 0, 0, 0, 0.0, ""},
+      {text_item("abc"), 6, 4, 'a', 0, 0, 0.0, "abc"},
+      {text_item("\xE9t"), 6, 3, 0xE9, 0, 0, 0.0, "\xE9t"},
+      {text_item("12.5"), 6, 5, '1', 12, 12, 12.5, "12.5"},
+      {text_item(" -7e2x"), 6, 7, ' ', -7, -7, -700.0, " -7e2x"},
+      {text_item("70000"), 6, 6, '7', 4464, 70000, 70000.0, "70000"},
+      {text_item("2147483648"), 6, 11, '2', -1, INT_MAX, 2147483648.0, "2147483648"},
+      {text_item("-99999999999"), 6, 13, '-', 0, INT_MIN, -99999999999.0, "-99999999999"},
+      {text_item("101 2/8"), 6, 8, '1', 101, 101, 101.25, "101 2/8"},
+      {text_item("101^08+"), 6, 8, '1', 101, 101, 101.265625, "101^08+"},
+      {text_item("12/31/2004"), 6, 11, '1', 12, 12, kNone, "12/31/2004"},
+      {text_item("5 ^"), 6, 4, '5', 5, 5, kNone, "5 ^"},
+      {CDataItem(), 101, 2, 0, kNoShort, kNoLong, kNone, "N/A"},
+      {{FID{7}, 42, true}, 101, 2, 0, kNoShort, kNoLong, kNone, "N/A"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(observed(row.item));
+    CDataItem item = row.item;
+    EXPECT_STREQ(item.GetString(), row.text.c_str());
+    EXPECT_EQ(item.GetType(), row.type);
+    EXPECT_EQ(item.GetSize(), row.size);
+    EXPECT_EQ(item.GetLength(), row.size);
+    EXPECT_EQ(item.GetByte(), row.byte);
+    EXPECT_EQ(item.GetShort(), row.asShort);
+    EXPECT_EQ(item.GetLong(), row.asLong);
+    EXPECT_EQ(Exact(item.GetFloat()), Exact(row.asFloat));
+    EXPECT_EQ(item.IsIntegralType(), row.type == TYPE_LONG || row.type == TYPE_INT);
+    EXPECT_EQ(item.IsNull(), row.type == TYPE_ERROR);
+  }
+}
+
+TEST(Item, HoldsErrorsAndIdentifiers) {
+  EXPECT_EQ(CDataItem().GetId(), 0);
+  EXPECT_EQ(CDataItem().GetError(), 1);
+  CDataItem item(FID{65535}, MISSING_SHORT, true);
+  EXPECT_EQ(item.GetId(), 65535);
+  EXPECT_EQ(item.GetError(), MISSING_SHORT);
+  EXPECT_EQ(short_item(42).GetError(), 0);
+  EXPECT_EQ(text_item("42").GetError(), 0);
+  item.Set(FID{8}, "text", -1);
+  item.SetId(FID{0});
+  EXPECT_EQ(observed(item), observed(CDataItem(FID{0}, "text", 4)));
+  item.SetError(FID{9}, 0);
+  EXPECT_EQ(observed(item), observed(CDataItem(FID{9}, 0, true)));
+}
+
+/// A double near the marker, as many units in its last place away.
+double near_missing(int units) { return MISSING_DOUBLE + units * 0x1p-26; }
+
+template <class Value>
+void expect_held(const CDataItem& item, const Value& value, int type) {
+  EXPECT_EQ(item.GetType(), type) << testing::PrintToString(value);
+  EXPECT_EQ(item.GetId(), 7) << testing::PrintToString(value);
+  EXPECT_EQ(item.GetError(), type == TYPE_ERROR ? 2 : 0) << testing::PrintToString(value);
+}
+
+TEST(Item, TurnsMarkersIntoErrors) {
+  expect_held(short_item(-32768), -32768, TYPE_ERROR);
+  expect_held(short_item(-32767), -32767, TYPE_INT);
+  const std::pair<int, int> longs[] = {
+      {INT_MIN, TYPE_ERROR}, {INT_MIN + 1, TYPE_LONG}, {-32768, TYPE_LONG}};
+  for (const auto& [value, type] : longs) expect_held(CDataItem(FID{7}, value), value, type);
+
+  constexpr int kLastInBand = 671088;  // 0.01 is 671088.64 units
+  const std::pair<double, int> doubles[] = {{-99999999.999999, TYPE_ERROR},
+                                            {near_missing(kLastInBand), TYPE_ERROR},
+                                            {near_missing(kLastInBand + 1), TYPE_DOUBLE},
+                                            {near_missing(-kLastInBand), TYPE_ERROR},
+                                            {near_missing(-kLastInBand - 1), TYPE_DOUBLE},
+                                            {99999999.999999, TYPE_DOUBLE},
+                                            {kNan, TYPE_DOUBLE},
+                                            {-kInfinity, TYPE_DOUBLE}};
+  for (const auto& [value, type] : doubles) {
+    expect_held(CDataItem(FID{7}, value), Exact(value), type);
+  }
+
+  const std::tuple<const char*, int, int> texts[] = {
+      {nullptr, 5, TYPE_ERROR},  {"N/A", -1, TYPE_ERROR},   {"N/A", 1, TYPE_ERROR},
+      {"N/A\0x", 5, TYPE_ERROR}, {"N/A.", -1, TYPE_STRING}, {"N/A.", 3, TYPE_STRING},
+      {"n/a", -1, TYPE_STRING},  {"N/", -1, TYPE_STRING},   {"", -1, TYPE_STRING}};
+  for (const auto& row : texts) {
+    const auto& [text, length, type] = row;
+    expect_held(CDataItem(FID{7}, text, length), row, type);
+  }
+  // The fourth byte decides as the text is stored; a copy and a move see a NUL there.
+  CDataItem cut(FID{7}, "N/A.", 3);
+  EXPECT_STREQ(cut.GetString(), "N/A");
+  EXPECT_EQ(observed(CDataItem(cut)), observed(CDataItem(FID{7}, 2, true)));
+  EXPECT_EQ(observed(CDataItem(std::move(cut))), observed(CDataItem(FID{7}, 2, true)));
+}
+
+TEST(Item, PrintsWithinItsBuffer) {
+  const std::pair<CDataItem, std::string> rows[] = {
+      {{FID{7}, -1234.56789}, "-1234.5679"},
+      {{FID{7}, -DBL_MAX}, by_snprintf(-DBL_MAX)},
+      {{FID{7}, INT_MAX}, "2147483647"},
+      {short_item(-32767), "-32767"},
+      {text_item("abcdef"), "abcdef"},
+      {text_item({"ab\0cd", 5}), "ab"},
+      {text_item(std::string(700, 'x')), std::string(700, 'x')},
+      {text_item(""), ""},
+      {CDataItem(), "N/A"},
+  };
+  for (const auto& [item, text] : rows) {
+    const int n = static_cast<int>(text.size());
+    for (const int size : {INT_MIN, -1, 0, 1, n - 1, n, n + 1, n + 60}) {
+      if (n == 0 && size < 0) continue;
+      const auto room = static_cast<std::size_t>(std::max(size, 0));
+      std::string expected(room + 32, '#');
+      std::string buffer = expected;
+      expected.replace(16, std::min(text.size(), room), text, 0, room);
+      if (n < size) expected[16 + text.size()] = '\0';
+      const int result = item.Print(buffer.data() + 16, size);
+      EXPECT_EQ(buffer, expected) << text << " in " << size;
+      EXPECT_EQ(std::max(result, -1), n <= size ? n : -1) << text << " in " << size;
+    }
+  }
+  EXPECT_LT(text_item("x").Print(nullptr, 0), 0);
+}
+
+void expect_printed_as_by_snprintf(double value) {
+  EXPECT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);
+}
+
+TEST(Item, PrintsDoublesAsSnprintfDoes) {
+  for (const double value : {DBL_MAX, DBL_MIN, DBL_TRUE_MIN, DBL_EPSILON, kInfinity, kNan, 0.0,
+                             0.00005, 0.00015, 0.03125, 2.00005, 1e15 + 0.3, 0.99995, 9999.99995}) {
+    expect_printed_as_by_snprintf(value);
+    expect_printed_as_by_snprintf(-value);
+  }
+  std::mt19937_64 random(3);
+  for (int i = 0; i < 20000 && !HasFailure(); ++i) {
+    expect_printed_as_by_snprintf(std::bit_cast<double>(random()));
+    expect_printed_as_by_snprintf(static_cast<double>(random() >> (random() % 64)) / 32768.0);
+  }
+}
+
+TEST(Item, KeepsThePointInALocaleWithAComma) {
+  const DecimalComma locale;
+  if (!locale.InForce()) GTEST_SKIP() << "no locale with a decimal comma on this system";
+  EXPECT_STREQ(CDataItem(FID{7}, 1234567.5).GetString(), "1234567.5000");
+  EXPECT_STREQ(CDataItem(FID{7}, 1234567).GetString(), "1234567");
+  EXPECT_EQ(text_item("12.5").GetFloat(), 12.5);
+  EXPECT_EQ(text_item("12,5").GetFloat(), 12.0);
+  EXPECT_EQ(text_item("0x1.8p1").GetFloat(), 3.0);
+}
+
+TEST(Item, StoresTextsOfAnyLengthAndByte) {
+  std::mt19937_64 random(4);
+  for (const std::size_t length : {0U, 1U, 4U, 511U, 512U, 1023U, 1024U, 100000U}) {
+    std::string text(length, '\0');
+    for (char& c : text) c = static_cast<char>(random() % 4 == 0 ? 0 : random());
+    CDataItem item = text_item(text);
+    ASSERT_EQ(item.GetSize(), static_cast<int>(length) + 1);
+    EXPECT_EQ(std::string(item.GetString(), length + 1), text + '\0') << length;
+    EXPECT_EQ(lies_inside(item), length <= 511) << length;
+    const CDataItem copy = item;
+    EXPECT_EQ(std::string(copy.GetString(), length + 1), text + '\0') << length;
+    item.Set(FID{7}, "!", 1);
+    EXPECT_EQ(std::string(copy.GetString(), length + 1), text + '\0') << length;
+  }
+  EXPECT_STREQ(CDataItem(FID{7}, "abc", 2).GetString(), "ab");
+  EXPECT_EQ(CDataItem(FID{7}, "ab\0cd", -1).GetSize(), 3);
+}
+
+/// A new buffer is taken while the old one is still there, so its address differs.
+TEST(Item, GrowsToTwiceTheNeedAndNeverShrinks) {
+  const std::string text(5000, 'x');
+  CDataItem item;
+  const char* buffer = item.GetString();
+  const std::pair<int, bool> rows[] = {{511, false},  {512, true},  {3, false},    {1023, false},
+                                       {1024, true},  {600, false}, {2047, false}, {2048, true},
+                                       {4095, false}, {4999, true}};
+  for (const auto& [length, grows] : rows) {
+    item.Set(FID{7}, text.c_str(), length);
+    EXPECT_EQ(item.GetString() != buffer, grows) << length;
+    buffer = item.GetString();
+    item.Set(FID{7}, 1.5);
+    EXPECT_TRUE(item.GetString() == buffer) << length;
+    EXPECT_STREQ(buffer, "1.5000") << length;
+  }
+  const std::string before = observed(item);
+  item.Set(FID{8}, "too long", INT_MAX);
+  EXPECT_EQ(observed(item), before);
+}
+
+TEST(Item, StoresAPieceOfItsOwnText) {
+  for (const std::size_t length : {10U, 500U, 3000U}) {
+    std::string text;
+    for (std::size_t i = 0; i < length; ++i) text += static_cast<char>('a' + i % 23);
+    const std::pair<std::size_t, int> pieces[] = {
+        {0, -1}, {0, 7}, {1, -1}, {3, 4}, {length - 1, -1}, {length, -1}, {length, 0}};
+    for (const auto& [offset, taken] : pieces) {
+      CDataItem item = text_item(text);
+      item.Set(FID{8}, item.GetString() + offset, taken);
+      const std::string expected = text.substr(offset, static_cast<std::size_t>(taken));
+      EXPECT_EQ(observed(item), observed(CDataItem(FID{8}, expected.c_str(), -1))) << offset;
+    }
+    CDataItem item = text_item(text);
+    CDataItem& same = item;
+    item = same;
+    item = std::move(same);
+    EXPECT_EQ(observed(item), observed(text_item(text)));
+  }
+  CDataItem number(FID{7}, -1.5);
+  number.Set(FID{8}, number.GetString() + 1, -1);
+  EXPECT_EQ(observed(number), observed(CDataItem(FID{8}, "1.5000", -1)));
+}
+
+TEST(Item, MovesWhatACopyWouldGive) {
+  const std::string large(3000, 'y');
+  const CDataItem sources[] = {CDataItem(FID{1}, 1.5),        CDataItem(FID{2}, 70000),
+                               CDataItem(FID{3}, 42, true),   text_item({"ab\0cd", 5}),
+                               text_item(large.substr(2400)), text_item(large)};
+  const CDataItem targets[] = {CDataItem(), text_item("old"), text_item(large.substr(2300)),
+                               text_item(large + large)};
+  for (const CDataItem& source : sources) {
+    for (const CDataItem& target : targets) {
+      SCOPED_TRACE(observed(source) + " to " + observed(target));
+      CDataItem from = source;
+      CDataItem moved = target;
+      moved = std::move(from);
+      EXPECT_EQ(observed(from), observed(CDataItem()));
+      const char* const text = moved.GetString();
+      const CDataItem built(std::move(moved));
+      EXPECT_EQ(observed(built), observed(CDataItem(source)));
+      if (source.GetSize() > 512) {
+        EXPECT_EQ(static_cast<const void*>(built.GetString()), text);
+      }
+      from.Set(FID{6}, large.c_str(), 800);  // used again, and apart from what it gave away
+      moved = from;
+      EXPECT_EQ(observed(moved), observed(CDataItem(FID{6}, large.c_str(), 800)));
+      EXPECT_EQ(observed(built), observed(CDataItem(source)));
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,107 @@
+// Blocks that only a 64-bit system with a few GiB of free memory can hold.
+#include <gtest/gtest.h>
+#include <wqdata/blocks/datablock.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support.h"
+
+// clang tells of its sanitizers in another way than g++.
+#if !defined(__has_feature)
+#define __has_feature(feature) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||       \
+    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
+    __has_feature(memory_sanitizer)
+#define WQDATA_TEST_SANITIZED 1
+#endif
+
+namespace {
+
+using wqd::CDataBlock;
+using wqd::DataBlockPtr;
+
+constexpr std::size_t kMiB = 1u << 20;
+
+DataBlockPtr NewBlock() { return DataBlockPtr(CDataBlock::NewDataBlock(TEXT)); }
+
+/// Why a test that needs `mib` MiB can't run here; empty if it can.
+std::string Obstacle(std::size_t mib) {
+#if defined(WQDATA_TEST_SANITIZED)
+  return "a sanitizer takes too much memory";
+#endif
+  if (sizeof(void*) < 8) return "no 64-bit system";
+  std::ifstream info("/proc/meminfo");
+  for (std::string word; info >> word;) {
+    std::size_t kib = 0;
+    if (word == "MemAvailable:" && info >> kib && kib / 1024 < mib) return "too little memory";
+  }
+  return "";
+}
+
+TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
+  if (const std::string obstacle = Obstacle(3000); !obstacle.empty()) GTEST_SKIP() << obstacle;
+  const DataBlockPtr block = NewBlock();
+  ASSERT_TRUE(block->Add(FID{1}, "1,a") && block->EndRecord() && block->Close());
+  std::int64_t size = block->GetDataSize();
+  const std::int64_t start = size;
+  const wqd_test::LogCapture log;
+  for (std::size_t length = 64 * kMiB; length > 0; length /= 2) {
+    const std::string text(length, 'A');
+    while (block->StartRecord() && block->Add(FID{2}, text.c_str())) {
+      size += static_cast<std::int64_t>(length);
+      ASSERT_EQ(block->GetDataSize(), size);
+    }
+    ASSERT_EQ(block->GetDataSize(), size) << length;
+  }
+  EXPECT_GE(size, 0x7FFF0000 - 2);
+  EXPECT_EQ(log.lines().size(), 27u);  // one for each length
+  EXPECT_EQ(log.lines().back().second,
+            "Couldn't allocate TEXT record size 2147483648, m_allocSize<2147418112>, length<1>, "
+            "sizeInc<65536>");
+  EXPECT_FALSE(block->EndRecord() || block->Close() || block->Add(FID{2}, "A"));
+  EXPECT_TRUE(block->GetDataSize() == size && block->GetRecordCount() == 1);
+  const char* const letters = static_cast<const char*>(block->GetData()) + start;
+  const auto others = static_cast<std::size_t>(size - start - 1);
+  EXPECT_TRUE(*letters == 'A' && std::memcmp(letters, letters + 1, others) == 0);
+  EXPECT_TRUE(block->FirstRecord() && block->GetCurrentFieldId() == 1);
+}
+
+/// Processor time in ns for each byte of a block of `mib` MiB, written in fields of 4 KiB.
+double TimeOfAByte(std::size_t mib) {
+  const std::string text(4095, 'A');
+  const std::clock_t begin = std::clock();
+  const DataBlockPtr block = NewBlock();
+  bool done = true;
+  for (std::size_t i = 0; i < mib * kMiB / 4096; ++i)
+    done = done && block->Add(FID{1}, text.c_str());
+  EXPECT_TRUE(done);
+  const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+  return seconds * 1e9 / static_cast<double>(mib * kMiB);
+}
+
+TEST(LargeBlock, CostsAByteWhatASmallOneDoes) {
+#if !defined(NDEBUG)
+  GTEST_SKIP() << "no release build";
+#endif
+  if (const std::string obstacle = Obstacle(2000); !obstacle.empty()) GTEST_SKIP() << obstacle;
+  double ratio = 2;
+  for (int attempt = 0; attempt < 3 && ratio > 1.5; ++attempt) {  // noise may spoil one or two
+    std::vector<double> small(5);
+    for (double& time : small) time = TimeOfAByte(64);
+    std::nth_element(small.begin(), small.begin() + 2, small.end());
+    const double large = TimeOfAByte(1024);
+    std::printf("64 MiB: %.3f ns a byte, 1 GiB: %.3f ns a byte\n", small[2], large);
+    ratio = large / small[2];
+  }
+  EXPECT_LE(ratio, 1.5);
+}
+
+}  // namespace

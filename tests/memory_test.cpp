@@ -1,0 +1,255 @@
+// What allocates, and what happens when memory is short. The program has its own operator new, and
+// is linked with --wrap=realloc, so that both roads to memory can be watched and closed.
+#include <gtest/gtest.h>
+#include <wqdata/blocks/datablock.h>
+#include <wqdata/items/dataitem.h>
+#include <wqdata/textsupport/myparser.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "support.h"
+
+namespace {
+
+int allocations = 0;
+bool newFails = false;
+std::size_t largestRealloc = SIZE_MAX;
+
+void* Allocate(std::size_t size) {
+  ++allocations;
+  return newFails ? nullptr : std::malloc(size);
+}
+
+void* AllocateOrThrow(std::size_t size) {
+  void* const memory = Allocate(size);
+  return memory != nullptr ? memory : throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return AllocateOrThrow(size); }
+void* operator new[](std::size_t size) { return AllocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
+extern "C" {
+void* __real_realloc(void* memory, std::size_t size);
+void* __wrap_realloc(void* memory, std::size_t size) {
+  ++allocations;
+  return size <= largestRealloc ? __real_realloc(memory, size) : nullptr;
+}
+}
+
+namespace {
+
+using wqd::CDataBlock;
+using wqd::CDataItem;
+using wqd::DataBlockPtr;
+using wqd_test::LogCapture;
+
+std::string Letters(std::size_t count) { return std::string(count, 'A'); }
+
+DataBlockPtr NewBlock(cf_id format) { return DataBlockPtr(CDataBlock::NewDataBlock(format)); }
+
+std::string BytesOf(CDataBlock& block) {
+  return {static_cast<const char*>(block.GetData()), static_cast<std::size_t>(block.GetDataSize())};
+}
+
+/// Lets no realloc beyond `largest` bytes and, if told so, no new succeed until its end.
+class Shortage {
+ public:
+  explicit Shortage(std::size_t largest, bool noNew = false) {
+    largestRealloc = largest;
+    newFails = noNew;
+  }
+  ~Shortage() {
+    largestRealloc = SIZE_MAX;
+    newFails = false;
+  }
+};
+
+TEST(Allocations, FieldsTakeNoneUntilTheBufferGrows) {
+  const DataBlockPtr block = NewBlock(CSV);
+  CDataItem text(FID{6}, Letters(600).c_str(), -1);
+  const std::string plain = Letters(600);
+  allocations = 0;
+  bool done = block->Add(FID{1}, 1.5);
+  EXPECT_EQ(allocations, 1);
+  for (int i = 0; i < 40; ++i) {
+    done = done && block->StartRecord() && block->Add(FID{1}, 1e300) && block->Add(FID{2}, i) &&
+           block->Add(FID{3}, std::int16_t{4}) && block->AddError(FID{5}, 1) && block->Add(text) &&
+           block->Add(FID{7}, plain.c_str()) && block->EndRecord();
+  }
+  EXPECT_TRUE(done && block->Close());
+  EXPECT_EQ(allocations, 1) << block->GetDataSize() << " bytes";
+}
+
+TEST(Allocations, ConversionsTakeNone) {
+  const CDataItem items[] = {CDataItem(), CDataItem(FID{1}, 1e300),
+                             CDataItem(FID{1}, std::int32_t{-7}), CDataItem(FID{1}, 7, false),
+                             CDataItem(FID{1}, "101 2/8", -1)};
+  char buffer[400];
+  allocations = 0;
+  for (const CDataItem& item : items) {
+    CDataItem copy = item;
+    copy.Print(buffer, sizeof buffer);
+    copy.GetString(), copy.GetFloat(), copy.GetLong(), copy.GetShort(), copy.GetByte();
+    copy.Set(FID{1}, copy.GetString(), -1);
+    EXPECT_EQ(allocations, 0) << item.GetType();
+  }
+}
+
+TEST(Allocations, WalkingTakesNone) {
+  std::string text;
+  for (int i = 0; i < 50; ++i) text += "1,\"" + Letters(300) + "\",2,7.25\n";
+  const DataBlockPtr block(CDataBlock::NewDataBlock(TEXT, text.data(), 0));
+  CDataItem item;
+  int fields = 0;
+  allocations = 0;
+  for (bool more = block->FirstRecord(); more; more = block->NextRecord()) {
+    for (bool field = block->FirstField(); field; field = block->NextField()) {
+      fields += block->GetCurrentField(&item) && block->GetCurrentFieldId() != 0;
+    }
+    EXPECT_TRUE(block->GetField(FID{2}, &item) && !block->FindField(FID{3}));
+  }
+  EXPECT_EQ(allocations, 0);
+  EXPECT_EQ(fields, 50 * 51);
+}
+
+TEST(Growth, StepsAndLogLine) {
+  const struct {
+    std::size_t used;
+    std::size_t added;
+    const char* grows;  // the figures of the step that is taken, null for none
+  } cases[] = {
+      {0, 0, "65536, m_allocSize<0>, length<0>, sizeInc<65536>"},
+      {0, 65536, "65536, m_allocSize<0>, length<65536>, sizeInc<65536>"},
+      {0, 65537, "131072, m_allocSize<0>, length<65537>, sizeInc<131072>"},
+      {65533, 1, nullptr},
+      {65534, 1, "131072, m_allocSize<65536>, length<1>, sizeInc<65536>"},
+      {65535, 0, "131072, m_allocSize<65536>, length<0>, sizeInc<65536>"},
+      {65537, 65533, nullptr},
+      {65537, 65534, "196608, m_allocSize<131072>, length<65534>, sizeInc<65536>"},
+      {10, 65524, nullptr},
+      {10, 65525, "131072, m_allocSize<65536>, length<65525>, sizeInc<65536>"},
+      {10, 200000, "327680, m_allocSize<65536>, length<200000>, sizeInc<262144>"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.used) + " and " + std::to_string(c.added));
+    const std::string used = Letters(c.used);
+    const std::string added(c.added, 'B');
+    const DataBlockPtr block = NewBlock(TEXT);
+    ASSERT_TRUE(c.used == 0 || block->Add(FID{1}, used.c_str()));
+    ASSERT_TRUE(block->StartRecord());  // a first field has no separator
+    const void* const data = block->GetData();
+    const LogCapture log;
+    {
+      const Shortage shortage(0);
+      EXPECT_EQ(block->Add(FID{1}, added.c_str()), c.grows == nullptr);
+    }
+    if (c.grows == nullptr) continue;
+    const std::string line = std::string("Couldn't allocate TEXT record size ") + c.grows;
+    EXPECT_EQ(log.lines(), (LogCapture::Lines{{1, line}}));
+    EXPECT_TRUE(block->GetData() == data && BytesOf(*block) == used);
+    EXPECT_EQ(block->GetFieldCount(), 0);
+    EXPECT_TRUE(block->Add(FID{1}, added.c_str()));
+    EXPECT_TRUE(BytesOf(*block) == used + added);
+  }
+}
+
+TEST(Growth, RefusedOperationsLeaveTheBlockAsItWas) {
+  const std::string start = "1,a\n" + std::string(1, '\0') + Letters(65528);
+  const std::string large(200000, 'B');
+  const DataBlockPtr block = NewBlock(CSV);
+  ASSERT_TRUE(block->Add(FID{1}, 1) && block->Add(FID{2}, "a") && block->EndRecord());
+  ASSERT_TRUE(block->Close() && block->StartRecord() && block->Add(FID{1}, Letters(65528).c_str()));
+  ASSERT_TRUE(BytesOf(*block) == start && block->FirstRecord());
+  {
+    const LogCapture log;
+    const Shortage shortage(0);
+    EXPECT_FALSE(block->Add(FID{2}, large.c_str()));  // there is room for its separator
+    EXPECT_FALSE(block->Add(FID{2}, 1234567) || block->Add(FID{2}, -2.5));
+    EXPECT_TRUE(BytesOf(*block) == start);
+    EXPECT_TRUE(block->EndRecord());
+    EXPECT_FALSE(block->EndRecord() || block->Close() || block->Add(FID{2}, ""));
+    EXPECT_EQ(log.lines().size(), 6u);
+  }
+  EXPECT_TRUE(BytesOf(*block) == start + "\n");
+  EXPECT_TRUE(block->GetRecordCount() == 2 && block->GetFieldCount() == 1);
+  EXPECT_EQ(block->GetCurrentFieldId(), 1);  // the walk goes on
+  EXPECT_TRUE(block->Add(FID{2}, large.c_str()) && block->EndRecord());
+  EXPECT_TRUE(BytesOf(*block) == start + "\n," + large + "\n");
+  EXPECT_TRUE(block->GetRecordCount() == 3 && block->GetFieldCount() == 2);
+}
+
+TEST(Growth, TakesTheBareNeedWhereTheSystemRefusesMore) {
+  const std::string text = Letters(65000);
+  const DataBlockPtr block = NewBlock(TEXT);
+  const LogCapture log;
+  const Shortage shortage(16 * 65536);
+  int added = 0;
+  while (block->StartRecord() && block->Add(FID{1}, text.c_str())) ++added;
+  EXPECT_EQ(added, 16);
+  EXPECT_EQ(log.lines().size(), 1u);
+}
+
+TEST(Growth, MovesALargeBlockFewTimes) {
+  const std::string text = Letters(65000);
+  const DataBlockPtr block = NewBlock(TEXT);
+  allocations = 0;
+  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(block->Add(FID{1}, text.c_str()));
+  EXPECT_LT(allocations, 40);
+}
+
+TEST(ShortOfMemory, FactoryGivesNull) {
+  const int before = CDataBlock::_instances;
+  char text[] = "1,a";
+  const Shortage shortage(SIZE_MAX, true);
+  for (const cf_id format : {TEXT, CSV}) {
+    EXPECT_EQ(CDataBlock::NewDataBlock(format), nullptr) << format;
+    EXPECT_EQ(CDataBlock::NewDataBlock(format, text, 0), nullptr) << format;
+  }
+  EXPECT_EQ(CDataBlock::_instances, before);
+}
+
+TEST(ShortOfMemory, LongTextLeavesTheItemAsItWas) {
+  const std::string text = Letters(2000);
+  const CDataItem longText(FID{9}, text.c_str(), -1);
+  CDataItem items[] = {CDataItem(FID{1}, "short", -1), CDataItem(FID{2}, 2.5),
+                       CDataItem(FID{3}, 5, true), CDataItem(FID{4}, Letters(600).c_str(), -1)};
+  for (CDataItem& item : items) {
+    const CDataItem before = item;
+    const Shortage shortage(SIZE_MAX, true);
+    item.Set(FID{7}, text.c_str(), -1);
+    item = longText;
+    EXPECT_TRUE(item.GetId() == before.GetId() && item.GetType() == before.GetType())
+        << item.GetId();
+    EXPECT_STREQ(item.GetString(), before.GetString());
+    EXPECT_TRUE(item.GetSize() == before.GetSize() && item.GetError() == before.GetError());
+  }
+  const Shortage shortage(SIZE_MAX, true);
+  EXPECT_EQ(CDataItem(longText).GetError(), 1);
+  EXPECT_EQ(CDataItem(FID{9}, text.c_str(), 512).GetError(), 1);
+  EXPECT_EQ(CDataItem(FID{9}, text.c_str(), 511).GetType(), TYPE_STRING);
+}
+
+TEST(ShortOfMemory, ParserConsumesTheFieldItCannotGive) {
+  const std::string text = Letters(100) + ",b";
+  wqd::CMyParser parser(text.c_str(), nullptr);
+  std::string field = "left over";
+  {
+    const Shortage shortage(SIZE_MAX, true);
+    EXPECT_FALSE(parser.NextField(field));
+  }
+  EXPECT_EQ(field, "");
+  EXPECT_TRUE(parser.NextField(field) && field == "b") << field;
+}
+
+}  // namespace

@@ -1,0 +1,228 @@
+#include <wqdata/service/servicelib.h>
+#include <wqdata/service/text.h>
+#include <wqdata/types.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "support.h"
+
+namespace {
+
+using wqd::service::equal_ignoring_case;
+using wqd::service::fraction_to_double;
+using wqd::service::log_error;
+using wqd::service::log_message;
+using wqd::service::scan_int;
+using wqd::service::text_to_double;
+using wqd::service::text_to_int;
+using wqd_test::Exact;
+using wqd_test::LogCapture;
+
+TEST(Log, ReachesTheSinkWholeWithItsLevel) {
+  const LogCapture log;
+  LogCapture::Lines expected = {{1, "field 7 of \"a\tb\": 100%"}, {-1, "-3\n"}, {0, ""}};
+  log_message(1, "field %d of \"%s\": %d%%", 7, "a\tb", 100);
+  log_error("%d\n", -3);
+  log_message(0, "%s", "");
+  for (const std::size_t length : {1022U, 1023U, 1024U, 1025U, 70000U}) {
+    expected.emplace_back(2, std::string(length - 1, 'x') + "!");
+    log_message(2, "%s%c", std::string(length - 1, 'x').c_str(), '!');
+    expected.emplace_back(-1, expected.back().second);
+    log_error("%s", expected.back().second.c_str());
+  }
+  EXPECT_EQ(log.lines(), expected);
+}
+
+TEST(Log, DropsWhatASinkThrowsAndCallsItAgain) {
+  int calls = 0;
+  const auto sink = [](int, const char*, void* context) { throw ++*static_cast<int*>(context); };
+  set_log_sink(sink, &calls);
+  EXPECT_NO_THROW(log_message(1, "one"));
+  EXPECT_NO_THROW(log_error("two"));
+  set_log_sink(nullptr, nullptr);
+  EXPECT_EQ(calls, 2);
+}
+
+TEST(Log, LetsASinkLogAndChangeTheSink) {
+  const auto sink = [](int level, const char* text, void* lines) {
+    static_cast<LogCapture::Lines*>(lines)->emplace_back(level, text);
+    if (level == 2) set_log_sink(nullptr, nullptr);
+    if (level == 1) log_message(2, "again %s", text);
+  };
+  LogCapture::Lines lines;
+  set_log_sink(sink, &lines);
+  log_message(1, "x");
+  EXPECT_EQ(lines, (LogCapture::Lines{{1, "x"}, {2, "again x"}}));
+}
+
+TEST(Log, BlanksControlCharactersOnStandardError) {
+  set_log_sink(nullptr, nullptr);
+  testing::internal::CaptureStderr();
+  log_message(2, "a\x01z\n\x1F\x7F\t\r~ \x80\xC3\xA9");
+  log_error("%s", (std::string(1500, 'x') + "\n!").c_str());
+  log_error("%s", "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "a z     ~ \x80\xC3\xA9\n" + std::string(1500, 'x') + " !\n\n");
+}
+
+/// One of two sinks that take turns; a sink called with the other's context would count there.
+struct Turn {
+  char name;
+  std::atomic<int> whole{0};
+  std::atomic<int> broken{0};
+};
+
+template <char kName>
+void TakeTurn(int level, const char* text, void* context) {
+  auto& turn = *static_cast<Turn*>(context);
+  const std::string line(1100, static_cast<char>('a' + level));
+  ++(turn.name == kName && text == line ? turn.whole : turn.broken);
+}
+
+TEST(Log, LosesNoLineWhileTheSinkChanges) {
+  constexpr int kLines = 500;
+  Turn a{'A'}, b{'B'};
+  set_log_sink(TakeTurn<'A'>, &a);
+  std::atomic<int> running{4};
+  std::vector<std::thread> threads;
+  threads.reserve(4);
+  for (int level = 0; level < 4; ++level) {
+    threads.emplace_back([level, &running] {
+      const std::string line(1100, static_cast<char>('a' + level));
+      for (int i = 0; i < kLines; ++i) log_message(level, "%s", line.c_str());
+      --running;
+    });
+  }
+  while (running > 0) {
+    set_log_sink(TakeTurn<'B'>, &b);
+    set_log_sink(TakeTurn<'A'>, &a);
+  }
+  for (std::thread& thread : threads) thread.join();
+  set_log_sink(nullptr, nullptr);
+  EXPECT_EQ(a.broken + b.broken, 0);
+  EXPECT_EQ(a.whole + b.whole, 4 * kLines);
+}
+
+TEST(Fraction, ReadsEveryFractionOfBothNotations) {
+  std::mt19937_64 random(1);
+  const auto expect_value = [](const std::string& text, double expected) {
+    EXPECT_EQ(fraction_to_double(text.c_str()), expected) << text;
+    EXPECT_EQ(fraction_to_double((" \t-" + text + "\n ").c_str()), -expected) << text;
+  };
+  for (int denominator = 2; denominator <= 256; denominator *= 2) {
+    for (int n = 0; n < denominator; ++n) {
+      const std::uint64_t whole = random() >> (20 + random() % 44);
+      const std::string slash = std::to_string(n) + "/" + std::to_string(denominator);
+      expect_value(slash, n / double(denominator));
+      expect_value(std::to_string(whole) + " " + slash, double(whole) + n / double(denominator));
+    }
+  }
+  for (int n = 0; n < 256; ++n) {
+    const std::string caret = {'^', char('0' + n / 80), char('0' + n / 8 % 10)};
+    const std::string whole = std::to_string(n * 1001);
+    expect_value(whole + caret + char('0' + n % 8), n * 1001 + n / 256.0);
+    if (n % 8 == 0) expect_value(caret, n / 256.0);
+    if (n % 8 == 4) expect_value(caret + "+", n / 256.0);
+  }
+}
+
+TEST(Fraction, TellsWhatIsNone) {
+  const struct {
+    const char* text;
+    double expected;
+  } rows[] = {
+      {"17592186044416 1/2", 17592186044416.5},
+      {"17592186044417 1/2", MISSING_DOUBLE},
+      {"99999999999999999999999 1/2", MISSING_DOUBLE},
+      {"101\v007/0008", 101.875},
+      {"-0 1/8", -0.125},
+      {"+1/8", 0.125},
+      {nullptr, MISSING_DOUBLE},
+  };
+  for (const auto& [text, expected] : rows) {
+    EXPECT_EQ(fraction_to_double(text), expected) << (text == nullptr ? "null" : text);
+  }
+  for (const char* text :
+       {"",        " ",       "/",      "^",     "101",   "101.25",       "12/31/2004", "1/1",
+        "0/0",     "1/3",     "1/512",  "8/8",   "1/",    "/8",           "1 /8",       "1/ 8",
+        "1 2/",    "1 1 1/8", "1 -1/8", "- 1/8", "--1/8", "1.5 1/8",      "1/8x",       "^1",
+        "^32",     "^318",    "^08 +",  "^08++", "^08+1", "^0800",        "1 ^08",      "1^ 08",
+        "1^08^08", "1/2^08",  "^-1",    "1/8 1", "N/A",   "1/4294967298", "^3x",        "x^08",
+        "1^08/2",  "1\x01/2"}) {
+    EXPECT_EQ(fraction_to_double(text), MISSING_DOUBLE) << '"' << text << '"';
+  }
+}
+
+/// Compares with the C library, whose 64-bit conversion saturates as ours does at 32 bits.
+void expect_same_numbers(const std::string& text) {
+  SCOPED_TRACE(testing::PrintToString(text));
+  const char* const begin = text.c_str();
+  char* end = nullptr;
+  const auto wide = std::strtoll(begin, &end, 10);
+  const auto expected = static_cast<std::int32_t>(std::clamp<long long>(
+      wide, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
+  std::int32_t scanned = 0;
+  EXPECT_EQ(scan_int(begin, scanned), end == begin ? nullptr : end);
+  EXPECT_EQ(scanned, expected);
+  EXPECT_EQ(text_to_int(begin), expected);
+  EXPECT_EQ(Exact(text_to_double(begin)), Exact(std::strtod(begin, nullptr)));
+}
+
+TEST(Number, ReadsAsTheCLibraryDoes) {
+  std::istringstream texts(
+      "| |0|-0|+7|+-5|-+5|--5|- 5|-|-abc|-.|-e5|-in| \t\n\v\f\r-12x|\0375|\2055|000000000000012|"
+      "2147483647|2147483648|-2147483648|-2147483649|4294967295|4294967296|9223372036854775807|"
+      "9223372036854775808|-99999999999999999999|.5|5.|.|-.5|.e5|1e|1e+|1e5|1E+05|1e-5x|1e5.5|1,5|"
+      "1e308|1e309|-1e309|1.7976931348623158e308|1.7976931348623159e308|1e-400|-1e-400|4.9e-324|"
+      "2.5e-324|2.4e-324|0e99999999999|1e99999999999|1e-99999999999|inf|-INFINITY|infinit|nan|-nan|"
+      "NaN(1)x|in|0x|0x1p3|-0X1.8P-1|0x.8|0x.|0xp1|0x-1|0x+1|0xinf|0xnan|0x1p|0x1p1024|0x1p-1075|"
+      "0x1.8p-1075|0x0x1|0x1.fffffffffffff8p0|0xabcdefg");
+  for (std::string text; std::getline(texts, text, '|');) expect_same_numbers(text);
+  const std::string zeros(400, '0');
+  for (const std::string& text :
+       {"0." + zeros + "1", "0." + zeros + "1e400", "1" + zeros, "1" + zeros + "e-400", zeros + "1",
+        "0." + zeros + "1e50", "1" + zeros + "e-50", "0x0." + zeros + "1p1500",
+        "0x1" + zeros + "p-1500", "0x0." + zeros + "1p450", "0x1" + zeros + "p-450"}) {
+    expect_same_numbers(text);
+  }
+}
+
+TEST(Number, ReadsRandomTextsAsTheCLibraryDoes) {
+  std::mt19937_64 random(2);
+  const std::string characters = "00112233445566778899..++--eExXpPaFinNty() \t/";
+  for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
+    std::string text(random() % 12, '\0');
+    for (char& c : text) c = characters[random() % characters.size()];
+    expect_same_numbers(text);
+    char number[1200];
+    const auto value = std::bit_cast<double>(random());
+    const char* const formats[] = {"%.*e", "%.*g", "%.*a", "%.*f"};
+    std::snprintf(number, sizeof number, formats[i % 4], static_cast<int>(random() % 40), value);
+    expect_same_numbers(number);
+  }
+}
+
+TEST(Text, ComparesWithoutRegardToAsciiCase) {
+  EXPECT_TRUE(equal_ignoring_case("aZ[0", "Az[0"));
+  EXPECT_TRUE(equal_ignoring_case("", ""));
+  const std::pair<const char*, const char*> rows[] = {
+      {"a", "ab"}, {"ab", "a"}, {"@", "`"}, {"[", "{"}, {"\xC4", "\xE4"}};
+  for (const auto& [a, b] : rows) EXPECT_FALSE(equal_ignoring_case(a, b)) << a << " " << b;
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+#include <array>
+#include <new>
+
+#include <wqdata/blocks/datablock.h>
+#include <wqdata/blocks/textblock.h>
+#include <wqdata/items/dataitem.h>
+#include <wqdata/service/servicelib.h>
+#include <wqdata/service/text.h>
+
+namespace {
+
+constexpr std::array<const char*, 7> kFormatNames = {"INVALID", "TEXT", "CSV",    "NOTXLTABLE",
+                                                     "ZUL3",    "ZUL4", "Btrieve"};
+
+constexpr int kRejected = 2;
+
+}  // namespace
+
+cf_id CfId(const char* name) {
+  if (name == nullptr) {
+    wqd::service::log_message(kRejected, "CfID: null format");
+    return INVALID;
+  }
+  for (std::size_t format = TEXT; format < kFormatNames.size(); ++format) {
+    if (wqd::service::equal_ignoring_case(kFormatNames[format], name)) {
+      return static_cast<cf_id>(format);
+    }
+  }
+  wqd::service::log_message(kRejected, "CfID: Invalid format '%s'", name);
+  return INVALID;
+}
+
+const char* CfName(cf_id format) {
+  const auto index = static_cast<std::size_t>(format);
+  return index < kFormatNames.size() ? kFormatNames[index] : kFormatNames[INVALID];
+}
+
+namespace wqd {
+
+CDeletable::~CDeletable() = default;
+
+void CDeletable::DeleteThis() { delete this; }
+
+std::atomic<std::int32_t> CDataBlock::_instances{0};
+
+CDataBlock::~CDataBlock() { --_instances; }
+
+int CDataBlock::GetVectorSize() { return 0; }
+
+cf_id CDataBlock::GetFormat() { return m_format; }
+
+bool CDataBlock::IsReadOnly() { return m_readOnly; }
+
+bool CDataBlock::Add(FID id, double value) {
+  CDataItem item(id, value);
+  return Add(item);
+}
+
+bool CDataBlock::Add(FID id, std::int32_t value) {
+  CDataItem item(id, value);
+  return Add(item);
+}
+
+bool CDataBlock::Add(FID id, std::int16_t value) {
+  CDataItem item(id, value, false);
+  return Add(item);
+}
+
+bool CDataBlock::Close() { return true; }
+
+bool CDataBlock::AddError(FID id, std::int16_t error) {
+  CDataItem item(id, error, true);
+  return Add(item);
+}
+
+bool CDataBlock::AddBlob(FID, const void*, std::uint32_t) { return false; }
+
+bool CDataBlock::AddShortVector(FID, const std::int16_t*, std::uint32_t) { return false; }
+
+bool CDataBlock::AddLongVector(FID, const std::int32_t*, std::uint32_t) { return false; }
+
+bool CDataBlock::AddDoubleVector(FID, const double*, std::uint32_t) { return false; }
+
+bool CDataBlock::AddDateVector(FID, const ZULDATE*, std::uint32_t) { return false; }
+
+bool CDataBlock::AddTimeVector(FID, const ZULTIME*, std::uint32_t) { return false; }
+
+bool CDataBlock::AddStringVector(FID, const char*, std::uint32_t, std::uint32_t) { return false; }
+
+bool CDataBlock::AddPriceVector(FID, const std::int32_t*, std::int16_t, std::uint32_t) {
+  return false;
+}
+
+bool CDataBlock::FirstRecord() { return false; }
+
+bool CDataBlock::NextRecord() { return false; }
+
+bool CDataBlock::FirstField() { return false; }
+
+bool CDataBlock::NextField() { return false; }
+
+bool CDataBlock::FindField(FID) { return false; }
+
+bool CDataBlock::GetField(FID id, CDataItem* item) {
+  return FindField(id) && GetCurrentField(item);
+}
+
+bool CDataBlock::GetCurrentField(CDataItem*) { return false; }
+
+FID CDataBlock::GetCurrentFieldId() { return 0; }
+
+int CDataBlock::GetCurrentFieldType() { return 0; }
+
+namespace {
+
+/// Counts what a factory function is about to return.
+CDataBlock* counted(CDataBlock* block) {
+  if (block != nullptr) ++CDataBlock::_instances;
+  return block;
+}
+
+}  // namespace
+
+CDataBlock* CDataBlock::NewDataBlock(cf_id format) {
+  switch (format) {
+    case TEXT:
+    case CSV: return counted(new (std::nothrow) CTextBlock(format));
+    default: return nullptr;
+  }
+}
+
+CDataBlock* CDataBlock::NewDataBlock(cf_id format, void* data, int) {
+  switch (format) {
+    case TEXT:
+    case CSV: return counted(new (std::nothrow) CTextBlock(data));
+    default: return nullptr;
+  }
+}
+
+void CDataBlock::FreeDataBlock(CDataBlock* block) { delete block; }
+
+}  // namespace wqd

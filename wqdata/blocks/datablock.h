@@ -1,0 +1,201 @@
+#ifndef WQDATA_BLOCKS_DATABLOCK_H_
+#define WQDATA_BLOCKS_DATABLOCK_H_
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include <wqdata/export.h>
+#include <wqdata/types.h>
+
+/// The format of a name, in any case: "TEXT", "CSV", "NOTXLTABLE", "ZUL3", "ZUL4" or "Btrieve".
+/// INVALID for any other name and for null, with a line in the log. Safe on any thread.
+WQDATA_API cf_id CfId(const char* name);
+
+/// The name of a format, a constant text; "INVALID" for a number that is no format. Safe on any
+/// thread.
+WQDATA_API const char* CfName(cf_id format);
+
+namespace wqd {
+
+class CDataItem;
+
+/// The root of the block classes.
+class WQDATA_API CDeletable {
+ public:
+  CDeletable() = default;
+  CDeletable(const CDeletable&) = delete;
+  CDeletable& operator=(const CDeletable&) = default;
+  virtual ~CDeletable();
+
+ protected:
+  /// Deletes this object.
+  virtual void DeleteThis();
+
+ private:
+  [[maybe_unused]] std::uint32_t m_word =
+      0;  // copied by assignment; part of the layout and of nothing else
+};
+
+/// A container of records in one encoding. A record is a run of fields; a field is a value under a
+/// field identifier. Which class stands behind a block is the library's matter: blocks come from
+/// the factory functions, are driven through the virtual operations, and end in `FreeDataBlock`.
+///
+///     wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(CSV));
+///     block->StartRecord();
+///     block->Add(FID{22}, 101.25);
+///     block->Add(FID{32}, std::int32_t{7});
+///     block->EndRecord();
+///     block->Close();                          // "101.2500,7\n"
+///
+/// To write: for each record `StartRecord`, any `Add`, each of which appends one field, and
+/// `EndRecord`; after the last record `Close`. What is added between an `EndRecord` and the next
+/// `StartRecord` belongs to no record.
+///
+/// To read, a block has a cursor on a record and one on a field of it. `FirstRecord` and
+/// `NextRecord` move the first, `FirstField`, `NextField` and `FindField` the second; false means
+/// that there is nothing there. A reader calls `FirstField` after each move to a record.
+///
+///     for (bool more = block->FirstRecord(); more; more = block->NextRecord()) {
+///       for (bool field = block->FirstField(); field; field = block->NextField()) {
+///         if (block->GetCurrentField(&item)) use(item);
+///       }
+///     }
+///
+/// No operation throws. A writing operation is false when the encoding can't carry the value, when
+/// memory or room runs out, and on a read-only block; the block then stands as it was, but for a
+/// record in progress, and all that was written before stays readable. An operation that an
+/// encoding does not have is false or 0.
+///
+/// A block and the items given to it share nothing. One block is used by one thread at a time;
+/// different blocks are independent of each other.
+class WQDATA_API CDataBlock : public CDeletable {
+ public:
+  CDataBlock() = default;
+
+  /// Copies the format and the read-only flag, and no content: both blocks keep their bytes. Not
+  /// of use to programs, and safe.
+  CDataBlock& operator=(const CDataBlock&) = default;
+
+  /// The bytes of the block, null while there are none. They stay the block's (or, wrapped, the
+  /// caller's) and are valid until the next writing operation or the block's end.
+  virtual void* GetData() = 0;
+
+  /// The number of those bytes. A wrapped text is not measured: 0.
+  virtual int GetDataSize() = 0;
+
+  /// Finished records; 0 for a wrapped text.
+  virtual int GetRecordCount() = 0;
+
+  /// Fields of the current record; of a text block, of the record being written or written last.
+  virtual int GetFieldCount() = 0;
+
+  /// The largest element count among the vector fields of the current record, 0 without one. It
+  /// moves the field cursor.
+  virtual int GetVectorSize();
+
+  virtual cf_id GetFormat();
+
+  /// True for a block around bytes that a caller handed in.
+  virtual bool IsReadOnly();
+
+  /// Opens and finishes a record.
+  virtual bool StartRecord() = 0;
+  virtual bool EndRecord() = 0;
+
+  /// Append one field. A number that equals the missing marker of its type (types.h) is written as
+  /// an error field of value 2.
+  virtual bool Add(FID id, double value);
+  virtual bool Add(FID id, std::int32_t value);
+  virtual bool Add(FID id, std::int16_t value);
+
+  /// Appends the value of `item` under the item's identifier.
+  virtual bool Add(CDataItem& item) = 0;
+
+  /// Appends the NUL-ended `text` as it stands; false for null.
+  virtual bool Add(FID id, const char* text) = 0;
+
+  /// Finishes the block after its last record.
+  virtual bool Close();
+
+  /// Appends an error field of the value `error`.
+  virtual bool AddError(FID id, std::int16_t error);
+
+  /// Append one field of `size` bytes, or of `count` elements, which are copied. A null pointer
+  /// with a count above 0 is false. `AddStringVector` takes `count` NUL-ended strings, one behind
+  /// the other, of `bytes` bytes in all; `AddPriceVector` takes prices in the scale of `baseCode`.
+  virtual bool AddBlob(FID id, const void* data, std::uint32_t size);
+  virtual bool AddShortVector(FID id, const std::int16_t* values, std::uint32_t count);
+  virtual bool AddLongVector(FID id, const std::int32_t* values, std::uint32_t count);
+  virtual bool AddDoubleVector(FID id, const double* values, std::uint32_t count);
+  virtual bool AddDateVector(FID id, const ZULDATE* values, std::uint32_t count);
+  virtual bool AddTimeVector(FID id, const ZULTIME* values, std::uint32_t count);
+  virtual bool AddStringVector(FID id, const char* strings, std::uint32_t count,
+                               std::uint32_t bytes);
+  virtual bool AddPriceVector(FID id, const std::int32_t* prices, std::int16_t baseCode,
+                              std::uint32_t count);
+
+  /// Move to the first record, and to the next one.
+  virtual bool FirstRecord();
+  virtual bool NextRecord();
+
+  /// Move to the first field of the current record, and to the next one.
+  virtual bool FirstField();
+  virtual bool NextField();
+
+  /// Moves to the first field of the current record with the identifier `id`. When there is none
+  /// the field cursor has run to the end.
+  virtual bool FindField(FID id);
+
+  /// `FindField`, then `GetCurrentField`. When there is no such field, `item` stays as it was.
+  virtual bool GetField(FID id, CDataItem* item);
+
+  /// Fills `item` with the current field; false, with `item` as it was, when there is none.
+  virtual bool GetCurrentField(CDataItem* item);
+
+  /// The identifier of the current field, 0 when there is none.
+  virtual FID GetCurrentFieldId();
+
+  /// The type code of the current field, 0 when there is none and always for text.
+  virtual int GetCurrentFieldType();
+
+  /// A new empty block, the caller's to free; null for a number that is no format, for NOTXLTABLE,
+  /// and without memory. Safe on any thread, as are the other factory functions.
+  static CDataBlock* NewDataBlock(cf_id format);
+
+  /// A read-only block around received bytes, standing on the first field of the first record. The
+  /// bytes stay the caller's, who keeps them alive and unchanged until the block is freed. Null
+  /// `data` gives an empty writable block.
+  ///
+  /// For TEXT and CSV the format of the block is TEXT; the text must end with a NUL, and `size` is
+  /// not used.
+  static CDataBlock* NewDataBlock(cf_id format, void* data, int size);
+
+  /// Ends a block. Null is ignored.
+  static void FreeDataBlock(CDataBlock* block);
+
+  /// Blocks that the factory functions made and that are not freed yet.
+  static std::atomic<std::int32_t> _instances;
+
+ protected:
+  ~CDataBlock() override;
+
+  cf_id m_format = INVALID;
+  bool m_readOnly = false;
+
+ private:
+  [[maybe_unused]] bool m_secondFlag =
+      false;  // copied by assignment; part of the layout and of nothing else
+};
+
+/// Frees a block at the end of its `DataBlockPtr`.
+struct FreeBlock {
+  void operator()(CDataBlock* block) const { CDataBlock::FreeDataBlock(block); }
+};
+
+/// Owns a block from a factory function.
+using DataBlockPtr = std::unique_ptr<CDataBlock, FreeBlock>;
+
+}  // namespace wqd
+
+#endif  // WQDATA_BLOCKS_DATABLOCK_H_

@@ -1,0 +1,170 @@
+#include <cinttypes>
+#include <cstring>
+
+#include <wqdata/blocks/textblock.h>
+#include <wqdata/items/dataitem.h>
+#include <wqdata/service/memory.h>
+#include <wqdata/service/servicelib.h>
+#include <wqdata/service/text.h>
+#include <wqdata/textsupport/myparser.h>
+
+namespace wqd {
+namespace {
+
+constexpr std::uint64_t kGrowthStep = 65536;
+constexpr int kFailed = 1;
+constexpr const char* kPairDelimiters = ",\t\n";
+
+}  // namespace
+
+CTextBlock::CTextBlock(cf_id format) { m_format = format; }
+
+CTextBlock::CTextBlock(void* data) : m_data(static_cast<char*>(data)), m_record(m_data) {
+  m_format = TEXT;
+  m_readOnly = data != nullptr;
+  m_terminated = m_readOnly;
+  m_field = m_record;
+}
+
+CTextBlock::~CTextBlock() {
+  if (m_reserved > 0) service::release(m_data);
+}
+
+void* CTextBlock::GetData() { return m_data; }
+
+int CTextBlock::GetDataSize() { return static_cast<int>(m_used); }
+
+int CTextBlock::GetRecordCount() { return m_recordCount; }
+
+int CTextBlock::GetFieldCount() { return m_fieldCount; }
+
+bool CTextBlock::StartRecord() {
+  if (m_readOnly) return false;
+  m_fieldCount = 0;
+  return true;
+}
+
+bool CTextBlock::EndRecord() {
+  if (m_readOnly || !Append("\n")) return false;
+  ++m_recordCount;
+  return true;
+}
+
+bool CTextBlock::Add(CDataItem& item) {
+  if (item.GetType() == TYPE_STRING) return AddValue(item.GetString());
+  service::NumberText text;
+  const int length = item.Print(text.data(), static_cast<int>(text.size()));
+  return AddValue({text.data(), static_cast<std::size_t>(length)});
+}
+
+bool CTextBlock::Add(FID, const char* text) { return text != nullptr && AddValue(text); }
+
+bool CTextBlock::Close() {
+  if (m_readOnly || !Append({"", 1})) return false;
+  m_terminated = true;
+  return true;
+}
+
+/// Appends a separator, where one is due, and the value: both or neither.
+bool CTextBlock::AddValue(std::string_view text) {
+  if (m_readOnly) return false;
+  const std::uint32_t usedBefore = m_used;
+  const char* const separator = m_format == CSV ? "," : "\t";
+  if ((m_fieldCount > 0 && !Append(separator)) || !Append(text)) {
+    m_used = usedBefore;
+    return false;
+  }
+  ++m_fieldCount;
+  return true;
+}
+
+bool CTextBlock::Append(std::string_view bytes) {
+  const std::uint64_t needed = std::uint64_t{m_used} + bytes.size() + 1;
+  if (needed >= m_allocSize && !Grow(bytes.size())) return false;
+  if (!bytes.empty()) std::memcpy(m_data + m_used, bytes.data(), bytes.size());
+  m_used += static_cast<std::uint32_t>(bytes.size());
+  return true;
+}
+
+/// Raises m_allocSize by the smallest multiple of the step that holds `bytes`, and by one step at
+/// least. Memory is taken further ahead than that, or a large block would be moved at each step.
+bool CTextBlock::Grow(std::uint64_t bytes) {
+  const std::uint64_t steps = bytes == 0 ? 1 : (bytes + kGrowthStep - 1) / kGrowthStep;
+  const std::uint64_t increase = steps * kGrowthStep;
+  const std::uint64_t size = m_allocSize + increase;
+  const bool firstBuffer = m_reserved == 0;
+  void* const data = service::grown(firstBuffer ? nullptr : m_data, m_reserved, size);
+  if (data == nullptr) {
+    service::log_message(kFailed,
+                         "Couldn't allocate TEXT record size %" PRIu64 ", m_allocSize<%" PRIu32
+                         ">, length<%" PRIu64 ">, sizeInc<%" PRIu64 ">",
+                         size, m_allocSize, bytes, increase);
+    return false;
+  }
+  m_data = static_cast<char*>(data);
+  m_allocSize = static_cast<std::uint32_t>(size);
+  m_terminated = m_terminated && !firstBuffer;
+  m_record = m_field = m_nextField = nullptr;  // they pointed into the former buffer
+  return true;
+}
+
+bool CTextBlock::FirstRecord() {
+  m_record = m_terminated ? m_data : nullptr;
+  return FirstField();
+}
+
+bool CTextBlock::NextRecord() {
+  if (m_record == nullptr) return false;
+  const char* const lineEnd = std::strchr(m_record, '\n');
+  if (lineEnd == nullptr) return false;
+  m_record = lineEnd + 1;
+  return FirstField();
+}
+
+bool CTextBlock::FirstField() {
+  m_field = m_record;
+  m_nextField = nullptr;
+  return m_field != nullptr && *m_field != '\0';
+}
+
+bool CTextBlock::NextField() {
+  if (m_nextField == nullptr) GetCurrentField(nullptr);
+  m_field = m_nextField;
+  m_nextField = nullptr;
+  return m_field != nullptr && *m_field != '\0';
+}
+
+bool CTextBlock::FindField(FID id) {
+  if (!FirstField()) return false;
+  while (GetCurrentFieldId() != id) {
+    if (!NextField()) return false;
+  }
+  return true;
+}
+
+bool CTextBlock::GetCurrentField(CDataItem* item) {
+  FID id = 0;
+  return ReadPair(id, item);
+}
+
+FID CTextBlock::GetCurrentFieldId() {
+  FID id = 0;
+  return ReadPair(id, nullptr) ? id : FID{0};
+}
+
+/// Reads the identifier and the value under the cursor, the value into `item` unless that is null,
+/// and notes where the next pair begins.
+bool CTextBlock::ReadPair(FID& id, CDataItem* item) {
+  m_nextField = nullptr;
+  if (m_field == nullptr) return false;
+  CMyParser parser(m_field, kPairDelimiters);
+  char token[CMyParser::kFieldBufferSize];
+  if (!parser.NextField(token)) return false;
+  id = static_cast<FID>(service::text_to_int(token));
+  if (!parser.NextField(token)) return false;
+  if (item != nullptr) item->Set(id, token, -1);
+  m_nextField = parser.GetInputPosition();
+  return true;
+}
+
+}  // namespace wqd

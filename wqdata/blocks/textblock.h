@@ -1,0 +1,77 @@
+/// The encoding of the formats TEXT and CSV.
+#ifndef WQDATA_BLOCKS_TEXTBLOCK_H_
+#define WQDATA_BLOCKS_TEXTBLOCK_H_
+
+#include <cstdint>
+#include <string_view>
+
+#include <wqdata/blocks/datablock.h>
+
+namespace wqd {
+
+/// Lines of text. The two directions do not mirror each other: the writer puts out the values of a
+/// record and drops their identifiers; the reader takes pairs of identifier and value.
+///
+/// A written line is the printed fields with a tab (TEXT) or comma (CSV) between them, and an LF;
+/// nothing is quoted or escaped. `Close` puts a NUL behind the last line.
+///
+/// The reader takes NUL-ended text, a record behind each LF, and the fields of a `CMyParser` with
+/// tab, comma and LF as delimiters, in either format and in any mix. An LF does not end a walk of
+/// fields: the fields of a record are all those from its line to the end of the text.
+///
+/// Every scan of a walk ends at a NUL. A written block therefore has no records to walk before its
+/// first `Close`, and what is added behind that NUL is never seen by a walk. A walk is over when
+/// an addition makes the buffer grow: the next one begins with `FirstRecord`.
+class CTextBlock final : public CDataBlock {
+ public:
+  /// An empty block to write, of TEXT or CSV.
+  explicit CTextBlock(cf_id format);
+
+  /// A block around the caller's NUL-ended text; for null an empty block to write.
+  explicit CTextBlock(void* data);
+
+  CTextBlock& operator=(const CTextBlock&) = delete;
+
+  using CDataBlock::Add;
+
+  void* GetData() override;
+  int GetDataSize() override;
+  int GetRecordCount() override;
+  int GetFieldCount() override;
+  bool StartRecord() override;
+  bool EndRecord() override;
+  bool Add(CDataItem& item) override;
+  bool Add(FID id, const char* text) override;
+  bool Close() override;
+  bool FirstRecord() override;
+  bool NextRecord() override;
+  bool FirstField() override;
+  bool NextField() override;
+  bool FindField(FID id) override;
+  bool GetCurrentField(CDataItem* item) override;
+  FID GetCurrentFieldId() override;
+
+ protected:
+  ~CTextBlock() override;
+
+ private:
+  bool Append(std::string_view bytes);
+  bool Grow(std::uint64_t bytes);
+  bool AddValue(std::string_view text);
+  bool ReadPair(FID& id, CDataItem* item);
+
+  char* m_data = nullptr;         // the caller's while m_reserved is 0, else this block's
+  std::uint32_t m_allocSize = 0;  // bytes in use or free to use, a multiple of the growth step
+  std::uint32_t m_used = 0;       // bytes written, the NULs of Close included
+  int m_fieldCount = 0;
+  int m_recordCount = 0;
+  const char* m_record = nullptr;
+  const char* m_field = nullptr;
+  const char* m_nextField = nullptr;  // null until the current field has been read
+  std::uint32_t m_reserved = 0;       // bytes behind m_data, at least m_allocSize
+  bool m_terminated = false;          // a NUL ends the text at or behind m_data
+};
+
+}  // namespace wqd
+
+#endif  // WQDATA_BLOCKS_TEXTBLOCK_H_

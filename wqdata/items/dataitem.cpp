@@ -1,0 +1,255 @@
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string_view>
+
+#include <wqdata/items/dataitem.h>
+#include <wqdata/service/servicelib.h>
+#include <wqdata/service/text.h>
+
+namespace wqd {
+namespace {
+
+constexpr std::int16_t kNeverSet = 1;
+constexpr std::int16_t kMissing = 2;
+constexpr char kMissingText[] = "N/A";
+
+bool is_missing(double value) { return std::abs(MISSING_DOUBLE - value) < 0.01; }
+
+/// Stops at the first byte that differs, so that a shorter text is not read past its NUL.
+bool is_missing(const char* text) {
+  return text == nullptr || std::strncmp(text, kMissingText, sizeof kMissingText) == 0;
+}
+
+std::int16_t low_16_bits(std::int32_t value) { return static_cast<std::int16_t>(value); }
+
+}  // namespace
+
+CDataItem::CDataItem() {
+  Initialize();
+  SetError(FID{0}, kNeverSet);
+}
+
+CDataItem::CDataItem(const CDataItem& other) : CDataItem() { Copy(other); }
+
+CDataItem& CDataItem::operator=(const CDataItem& other) {
+  Copy(other);
+  return *this;
+}
+
+CDataItem::CDataItem(CDataItem&& other) noexcept : CDataItem() { TakeOver(other); }
+
+CDataItem& CDataItem::operator=(CDataItem&& other) noexcept {
+  if (this != &other) TakeOver(other);
+  return *this;
+}
+
+CDataItem::CDataItem(FID id, std::int32_t value) {
+  Initialize();
+  Set(id, value);
+}
+
+CDataItem::CDataItem(FID id, double value) {
+  Initialize();
+  Set(id, value);
+}
+
+CDataItem::CDataItem(FID id, std::int16_t value, bool isError) {
+  Initialize();
+  if (isError) {
+    SetError(id, value);
+  } else {
+    Set(id, value);
+  }
+}
+
+CDataItem::CDataItem(FID id, const char* text, int length) {
+  Initialize();
+  SetError(id, kNeverSet);
+  Set(id, text, length);
+}
+
+CDataItem::~CDataItem() {
+  if (OwnsStringBuffer()) delete[] m_string;
+}
+
+/// Sets up the buffers and nothing else: constructors of numbers fill in no more than they must.
+void CDataItem::Initialize() {
+  m_vector = nullptr;
+  m_string = m_buffer;
+  m_capacity = kEmbeddedCapacity;
+}
+
+bool CDataItem::OwnsStringBuffer() const { return m_string != m_buffer; }
+
+void CDataItem::ReplaceStringBuffer(char* buffer, std::uint32_t capacity) {
+  if (OwnsStringBuffer()) delete[] m_string;
+  m_string = buffer;
+  m_capacity = capacity;
+}
+
+void CDataItem::Set(FID id, std::int16_t value) {
+  if (value == MISSING_SHORT) return SetError(id, kMissing);
+  m_id = id;
+  m_type = TYPE_INT;
+  m_size = sizeof value;
+  m_value.asShort = value;
+}
+
+void CDataItem::Set(FID id, std::int32_t value) {
+  if (value == MISSING_LONG) return SetError(id, kMissing);
+  m_id = id;
+  m_type = TYPE_LONG;
+  m_size = sizeof value;
+  m_value.asLong = value;
+}
+
+void CDataItem::Set(FID id, double value) {
+  if (is_missing(value)) return SetError(id, kMissing);
+  m_id = id;
+  m_type = TYPE_DOUBLE;
+  m_size = sizeof value;
+  m_value.asDouble = value;
+}
+
+void CDataItem::Set(FID id, const char* text, int length) {
+  constexpr std::size_t kTooLong = std::numeric_limits<int>::max();
+  if (is_missing(text)) return SetError(id, kMissing);
+  const std::size_t bytes = length < 0 ? std::strlen(text) : static_cast<std::size_t>(length);
+  if (bytes >= kTooLong) return;
+  if (bytes < m_capacity) {
+    std::memmove(m_string, text, bytes);
+  } else {
+    char* const larger = new (std::nothrow) char[2 * bytes];
+    if (larger == nullptr) return;
+    std::memcpy(larger, text, bytes);  // before the old buffer goes: `text` may lie in it
+    ReplaceStringBuffer(larger, static_cast<std::uint32_t>(2 * bytes));
+  }
+  m_string[bytes] = '\0';
+  m_id = id;
+  m_type = TYPE_STRING;
+  m_size = static_cast<int>(bytes) + 1;
+}
+
+void CDataItem::SetError(FID id, std::int16_t error) {
+  m_id = id;
+  m_type = TYPE_ERROR;
+  m_size = sizeof error;
+  m_value.asShort = error;
+}
+
+void CDataItem::SetId(FID id) { m_id = id; }
+
+void CDataItem::Copy(const CDataItem& other) {
+  if (this == &other) return;
+  if (other.m_type == TYPE_STRING) return Set(other.m_id, other.m_string, other.m_size - 1);
+  m_id = other.m_id;
+  m_type = other.m_type;
+  m_size = other.m_size;
+  std::memcpy(&m_value, &other.m_value, static_cast<std::size_t>(m_size));
+}
+
+/// A text that fits is copied, so that a large buffer of this item stays in use; any other lies in
+/// a larger buffer, which changes hands.
+void CDataItem::TakeOver(CDataItem& other) {
+  const bool fits = other.m_type != TYPE_STRING || is_missing(other.m_string) ||
+                    static_cast<std::uint32_t>(other.m_size) <= m_capacity;
+  if (fits) {
+    Copy(other);
+  } else {
+    ReplaceStringBuffer(other.m_string, other.m_capacity);
+    other.Initialize();
+    m_id = other.m_id;
+    m_type = other.m_type;
+    m_size = other.m_size;
+  }
+  other.SetError(FID{0}, kNeverSet);
+}
+
+FID CDataItem::GetId() const { return m_id; }
+
+int CDataItem::GetType() const { return m_type; }
+
+int CDataItem::GetSize() const { return m_size; }
+
+int CDataItem::GetLength() { return m_size; }
+
+bool CDataItem::IsNull() const { return m_type == TYPE_ERROR; }
+
+bool CDataItem::IsIntegralType() const { return m_type == TYPE_LONG || m_type == TYPE_INT; }
+
+std::int16_t CDataItem::GetError() const { return IsNull() ? m_value.asShort : std::int16_t{0}; }
+
+unsigned char CDataItem::GetByte() const {
+  if (m_type == TYPE_STRING) return static_cast<unsigned char>(m_string[0]);
+  if (m_type == TYPE_INT) return static_cast<unsigned char>(m_value.asShort);
+  return 0;
+}
+
+std::int16_t CDataItem::GetShort() const {
+  return m_type == TYPE_INT ? m_value.asShort : ConvertToShort();
+}
+
+std::int32_t CDataItem::GetLong() const {
+  return m_type == TYPE_LONG ? m_value.asLong : ConvertToLong();
+}
+
+double CDataItem::GetFloat() const {
+  return m_type == TYPE_DOUBLE ? m_value.asDouble : ConvertToFloat();
+}
+
+const char* CDataItem::GetString() const {
+  return m_type == TYPE_STRING ? m_string : ConvertToString();
+}
+
+std::int16_t CDataItem::ConvertToShort() const {
+  switch (m_type) {
+    case TYPE_LONG: return low_16_bits(m_value.asLong);
+    case TYPE_STRING: return low_16_bits(service::text_to_int(m_string));
+    default: return MISSING_SHORT;
+  }
+}
+
+std::int32_t CDataItem::ConvertToLong() const {
+  switch (m_type) {
+    case TYPE_INT: return m_value.asShort;
+    case TYPE_STRING: return service::text_to_int(m_string);
+    default: return MISSING_LONG;
+  }
+}
+
+double CDataItem::ConvertToFloat() const {
+  switch (m_type) {
+    case TYPE_LONG: return m_value.asLong;
+    case TYPE_INT: return m_value.asShort;
+    case TYPE_STRING: {
+      const bool fraction = std::strpbrk(m_string, "/^") != nullptr;
+      return fraction ? service::fraction_to_double(m_string) : service::text_to_double(m_string);
+    }
+    default: return MISSING_DOUBLE;
+  }
+}
+
+const char* CDataItem::ConvertToString() const {
+  m_string[0] = '\0';
+  Print(m_string, kEmbeddedCapacity);
+  return m_string;
+}
+
+int CDataItem::Print(char* buffer, int size) const {
+  service::NumberText room;
+  switch (m_type) {
+    case TYPE_DOUBLE:
+      return service::put_text(service::fixed_text(m_value.asDouble, room), buffer, size);
+    case TYPE_LONG:
+      return service::put_text(service::decimal_text(m_value.asLong, room), buffer, size);
+    case TYPE_INT:
+      return service::put_text(service::decimal_text(m_value.asShort, room), buffer, size);
+    case TYPE_STRING: return service::put_text(m_string, buffer, size);
+    case TYPE_ERROR: return service::put_text(kMissingText, buffer, size);
+    default: return 0;
+  }
+}
+
+}  // namespace wqd

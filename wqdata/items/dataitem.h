@@ -1,0 +1,166 @@
+#ifndef WQDATA_ITEMS_DATAITEM_H_
+#define WQDATA_ITEMS_DATAITEM_H_
+
+#include <cstdint>
+
+#include <wqdata/export.h>
+#include <wqdata/types.h>
+
+namespace wqd {
+
+/// The value of one field: an identifier, a type code, and a number, a text or an error marker.
+/// Blocks take an item for each field that is added and fill one for each field that is read.
+///
+/// One rule shapes the class: a value that equals its type's missing marker (types.h) is never
+/// held as a value. It makes the item a TYPE_ERROR item of that identifier with error value 2, and
+/// every accessor turns such an item back into the marker of its own type:
+///
+///     CDataItem item(FID{7}, MISSING_LONG);
+///     item.GetType();                       // TYPE_ERROR
+///     item.GetShort();                      // MISSING_SHORT
+///     item.GetString();                     // "N/A"
+///
+/// Error values: 1 for an item that was never given a value, 2 for a missing value; any other is
+/// the caller's own.
+///
+/// No operation reports a failure or throws. An operation that finds no memory leaves the item as
+/// it was; a constructor then leaves an error item of value 1. Numbers and texts of up to 511
+/// bytes are held in the item itself and never allocate.
+///
+/// Items copy deeply and share nothing. An item is used by one thread at a time, for reading too,
+/// since `GetString` writes into the item's own buffer.
+class WQDATA_API CDataItem {
+ public:
+  /// The error item of identifier 0 and error value 1.
+  CDataItem();
+
+  /// Independent copies, see `Copy`.
+  CDataItem(const CDataItem& other);
+  CDataItem& operator=(const CDataItem& other);
+
+  /// Take over the value of `other` without allocating; the result is that of a copy. The moved
+  /// item becomes the error item of identifier 0 and error value 1 and can be used again. Moving
+  /// an item onto itself changes nothing.
+  CDataItem(CDataItem&& other) noexcept;
+  CDataItem& operator=(CDataItem&& other) noexcept;
+
+  /// As the `Set` of the same arguments.
+  CDataItem(FID id, std::int32_t value);
+  CDataItem(FID id, double value);
+  CDataItem(FID id, const char* text, int length);
+
+  /// With `isError` false as `Set(id, value)`. With `isError` true the error item of error value
+  /// `value`, without a test for a marker.
+  CDataItem(FID id, std::int16_t value, bool isError);
+
+  ~CDataItem();
+
+  /// Store a number. One that equals its marker (for a double: lies less than 0.01 from it) gives
+  /// the error item of `id` with error value 2. A NaN is a value.
+  void Set(FID id, std::int16_t value);
+  void Set(FID id, std::int32_t value);
+  void Set(FID id, double value);
+
+  /// Stores a copy of the first `length` bytes of `text`, or with a negative `length` of all
+  /// before its first NUL; the copy is NUL-ended. `text` may be this item's own text or lie in it.
+  ///
+  /// A null `text`, and one whose first four bytes are "N/A" and its NUL, give the error item of
+  /// `id` with error value 2, whatever `length` says: the bytes at `text` are read up to the first
+  /// one that differs, be it behind `length`. Otherwise `length` bytes must be readable. They may
+  /// hold NULs; `GetSize` counts them, while `Print` stops at the first. A text of 2^31 - 1 bytes
+  /// or more leaves the item as it was.
+  void Set(FID id, const char* text, int length);
+
+  /// The error item of `id` and `error`, with no test.
+  void SetError(FID id, std::int16_t error);
+
+  /// Changes the identifier alone.
+  void SetId(FID id);
+
+  /// Makes this item an independent copy of `other`. A text whose bytes are "N/A" and its NUL
+  /// becomes an error item, as in `Set`. Copying an item onto itself changes nothing.
+  void Copy(const CDataItem& other);
+
+  FID GetId() const;
+
+  /// The type code, one of the TYPE_ constants.
+  int GetType() const;
+
+  /// The size of the value: bytes of a number; bytes of a text with its NUL. `GetLength` is the
+  /// same number.
+  int GetSize() const;
+  int GetLength();
+
+  /// True for an error item, whatever its error value.
+  bool IsNull() const;
+
+  /// True for TYPE_LONG and TYPE_INT.
+  bool IsIntegralType() const;
+
+  /// The error value of an error item; 0 for any other.
+  std::int16_t GetError() const;
+
+  /// The first byte of a text, the low 8 bits of a TYPE_INT; 0 for any other.
+  unsigned char GetByte() const;
+
+  /// The value as an integer. A TYPE_LONG gives `GetShort` its low 16 bits. A text gives what
+  /// `atoi` reads, 0 for no number and the nearest number within 32 bits, of which `GetShort` takes
+  /// the low 16 bits. Every other type, a double too, gives MISSING_SHORT or MISSING_LONG.
+  std::int16_t GetShort() const;
+  std::int32_t GetLong() const;
+
+  /// The value as a double. A text that holds "/" or "^" anywhere is read as a fraction of a price
+  /// (`101 2/8`, `101^08`; MISSING_DOUBLE if it is none), any other as `atof` reads it, with a
+  /// decimal point in every locale. Types without a number give MISSING_DOUBLE.
+  double GetFloat() const;
+
+  /// The value as text: a text itself, for any other type what `Print` writes, empty if it writes
+  /// nothing. The result lives in this item, until the next `GetString` of a value that is no text,
+  /// the next text stored here, or the item's end.
+  const char* GetString() const;
+
+  /// Writes the value's text into `buffer`, touching at most `size` bytes: "%.4f" of a double (315
+  /// characters at the most, a decimal point in every locale), "%d" of a long or short, a text up
+  /// to its first NUL, "N/A" of an error item. Other types write nothing, with the result 0.
+  ///
+  /// This is not the rule of snprintf. A text shorter than `size` is written with its NUL, and the
+  /// result is its length. A text of exactly `size` characters is written without a NUL, and the
+  /// result is `size`. Of a longer one the first `size` characters are written without a NUL, and
+  /// the result is negative.
+  int Print(char* buffer, int size) const;
+
+ private:
+  static constexpr std::uint32_t kEmbeddedCapacity = 512;
+
+  union Value {
+    double asDouble;
+    std::int32_t asLong;
+    std::int16_t asShort;
+    ZULDATE asDate;
+    ZULTIME asTime;
+    FPN asPrice;
+  };
+
+  void Initialize();
+  bool OwnsStringBuffer() const;
+  void ReplaceStringBuffer(char* buffer, std::uint32_t capacity);
+  void TakeOver(CDataItem& other);
+
+  std::int16_t ConvertToShort() const;
+  std::int32_t ConvertToLong() const;
+  double ConvertToFloat() const;
+  const char* ConvertToString() const;
+
+  FID m_id;
+  int m_type;
+  int m_size;
+  Value m_value;
+  mutable char* m_string;
+  void* m_vector;
+  mutable char m_buffer[kEmbeddedCapacity];
+  mutable std::uint32_t m_capacity;
+};
+
+}  // namespace wqd
+
+#endif  // WQDATA_ITEMS_DATAITEM_H_

@@ -1,0 +1,26 @@
+#include <algorithm>
+#include <cstdlib>
+
+#include <wqdata/service/memory.h>
+
+namespace wqd::service {
+
+// std::realloc and not operator new: a large buffer then grows by remapping its pages, and the
+// bytes written so far are not copied.
+void* grown(void* bytes, std::uint32_t& capacity, std::uint64_t needed) {
+  if (needed > kLargestBlock) return nullptr;
+  if (needed <= capacity) return bytes;
+  const std::uint64_t half = std::uint64_t{capacity} + capacity / 2;
+  std::uint64_t size = std::min(std::max(half, needed), kLargestBlock);
+  void* moved = std::realloc(bytes, size);
+  if (moved == nullptr && size > needed) {
+    size = needed;
+    moved = std::realloc(bytes, size);
+  }
+  if (moved != nullptr) capacity = static_cast<std::uint32_t>(size);
+  return moved;
+}
+
+void release(void* bytes) { std::free(bytes); }
+
+}  // namespace wqd::service

@@ -1,0 +1,125 @@
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include <wqdata/service/text.h>
+
+namespace wqd::service {
+namespace {
+
+char ascii_lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+/// About the power of ten, or in hexadecimal of two, of a number's leading digit. Only its sign is
+/// of use, to tell a number that is too large from one that is too small.
+std::int64_t leading_power(std::string_view number, bool hex) {
+  const char exponentMark = hex ? 'p' : 'e';
+  std::int64_t digits = 0;
+  bool pastPoint = false;
+  bool pastLeadingZeros = false;
+  std::int64_t exponent = 0;
+  for (std::size_t i = 0; i < number.size(); ++i) {
+    const char c = number[i];
+    if (ascii_lower(c) == exponentMark) {
+      exponent = text_to_int(number.data() + i + 1);
+      break;
+    }
+    pastPoint = pastPoint || c == '.';
+    pastLeadingZeros = pastLeadingZeros || (c != '0' && c != '.');
+    if (c == '.') continue;
+    if (pastLeadingZeros && !pastPoint) ++digits;
+    if (!pastLeadingZeros && pastPoint) --digits;
+  }
+  return digits * (hex ? 4 : 1) + exponent;
+}
+
+/// Reads a number without a sign. False, with `value` as it was, for a text that is none.
+bool read_magnitude(const char* text, double& value) {
+  const bool hex = text[0] == '0' && ascii_lower(text[1]) == 'x';
+  if (hex) {
+    value = 0.0;  // the 0 in front of the x is a number by itself
+    text += 2;
+  }
+  // The library function takes a second sign, and a word, where the C rule has neither.
+  const char first = ascii_lower(*text);
+  if (first == '-' || (hex && (first == 'i' || first == 'n'))) return hex;
+  const char* const end = text + std::strlen(text);
+  const auto [behind, error] =
+      std::from_chars(text, end, value, hex ? std::chars_format::hex : std::chars_format::general);
+  if (error == std::errc::result_out_of_range) {
+    const std::string_view number(text, static_cast<std::size_t>(behind - text));
+    value = leading_power(number, hex) > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+  }
+  return hex || error != std::errc::invalid_argument;
+}
+
+}  // namespace
+
+int put_text(std::string_view text, char* buffer, int size) {
+  const auto room = static_cast<std::size_t>(std::max(size, 0));
+  const std::size_t written = std::min(text.size(), room);
+  if (written > 0) std::memcpy(buffer, text.data(), written);
+  if (text.size() > room) return -1;
+  if (text.size() < room) buffer[written] = '\0';
+  return static_cast<int>(written);
+}
+
+std::string_view fixed_text(double value, NumberText& room) {
+  constexpr int kDecimals = 4;
+  char* const begin = room.data();
+  const char* const end =
+      std::to_chars(begin, begin + room.size(), value, std::chars_format::fixed, kDecimals).ptr;
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+std::string_view decimal_text(std::int32_t value, NumberText& room) {
+  char* const begin = room.data();
+  const char* const end = std::to_chars(begin, begin + room.size(), value).ptr;
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+const char* skip_space(const char* text) {
+  while (is_space(*text)) ++text;
+  return text;
+}
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+const char* scan_int(const char* text, std::int32_t& value) {
+  constexpr std::int64_t kBeyond = std::int64_t{1} << 32;
+  const char* at = skip_space(text);
+  const bool negative = *at == '-';
+  if (*at == '-' || *at == '+') ++at;
+  if (!is_digit(*at)) return nullptr;
+  std::int64_t magnitude = 0;
+  for (; is_digit(*at); ++at) magnitude = std::min(magnitude * 10 + (*at - '0'), kBeyond);
+  const std::int64_t number = negative ? -magnitude : magnitude;
+  value = static_cast<std::int32_t>(std::clamp<std::int64_t>(
+      number, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
+  return at;
+}
+
+std::int32_t text_to_int(const char* text) {
+  std::int32_t value = 0;
+  scan_int(text, value);
+  return value;
+}
+
+double text_to_double(const char* text) {
+  const char* at = skip_space(text);
+  const bool negative = *at == '-';
+  if (*at == '-' || *at == '+') ++at;
+  double magnitude = 0.0;
+  if (!read_magnitude(at, magnitude)) return 0.0;
+  return negative ? -magnitude : magnitude;
+}
+
+bool equal_ignoring_case(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return ascii_lower(x) == ascii_lower(y); });
+}
+
+}  // namespace wqd::service

@@ -1,0 +1,82 @@
+#ifndef WQDATA_TEXTSUPPORT_MYPARSER_H_
+#define WQDATA_TEXTSUPPORT_MYPARSER_H_
+
+#include <cstdio>
+#include <string>
+
+#include <wqdata/export.h>
+
+namespace wqd {
+
+/// Splits delimited text into fields, one for each call, from a NUL-ended text or an open stream.
+/// Both sources give the same fields.
+///
+///     CMyParser parser("7, \"a,b\" \n", nullptr);
+///     std::string field;
+///     while (parser.NextField(field)) …    // "7", "a,b", ""
+///
+/// - A field ends at a delimiter, which is consumed, or at the end of the input. Text that ends
+///   with a delimiter, and an empty text, have an empty last field.
+/// - A double quote is never part of a field: it turns quoting on or off, anywhere in it. Within
+///   quotes delimiters and line ends are ordinary characters; a quote that stays open runs to the
+///   end of the input. There is no escape.
+/// - CR LF outside quotes counts as one LF; a CR by itself is an ordinary character, unless it is
+///   a delimiter.
+/// - Of a field's characters the first 255 are kept and the rest is dropped. Then blanks, tabs, CR
+///   and LF are removed at both ends, also those that stood within quotes.
+/// - A byte 0 in a stream ends a field, and the next call goes on behind it.
+///
+/// No input is an error. The parser owns nothing: the text, the delimiter set and the stream stay
+/// the caller's, who keeps them alive as long as the parser; the stream is not closed. A copy goes
+/// on from the same place (two parsers on one stream take their fields from each other). One
+/// parser is used by one thread at a time.
+class WQDATA_API CMyParser {
+ public:
+  /// Room for a field's characters and a NUL.
+  static constexpr int kFieldBufferSize = 256;
+
+  /// No input: the first `NextField` is false.
+  CMyParser();
+
+  /// Reads `text`, with the NUL-ended `delimiters` as the set of delimiter characters; null for
+  /// them selects ",\n". A null `text` is no input.
+  CMyParser(const char* text, const char* delimiters);
+
+  /// The same for a stream, read from its present position on.
+  CMyParser(std::FILE* stream, const char* delimiters);
+
+  /// Stores the next field in `field`. False, with `field` empty, when the input had run out
+  /// before. `delimiters`, if not null, replaces the delimiter set for this and later calls.
+  /// If memory for the field runs out, `field` is empty and the result false, with the field
+  /// consumed.
+  bool NextField(std::string& field, const char* delimiters = nullptr);
+
+  /// The same without any allocation: the field goes to `field`, NUL-ended.
+  bool NextField(char (&field)[kFieldBufferSize], const char* delimiters = nullptr);
+
+  /// Where the next unread character of a text stands; null for a stream and for no input.
+  const char* GetInputPosition() const;
+
+ protected:
+  /// The next character, 0 to 255; 0 at the end of the input, which sets the end flag.
+  int NextChar();
+
+  /// Takes one `NextChar` back, `c` being its result.
+  void PushBack(int c);
+
+ private:
+  class FieldText;
+
+  bool IsDelimiter(int c) const;
+  int FoldLineEnd(int c);
+  void ReadField(FieldText& field);
+
+  const char* m_position = nullptr;
+  std::FILE* m_stream = nullptr;
+  bool m_atEnd = true;
+  const char* m_delimiters;
+};
+
+}  // namespace wqd
+
+#endif  // WQDATA_TEXTSUPPORT_MYPARSER_H_
