@@ -13,6 +13,7 @@ set(wqdata_internal_headers
   wqdata/blocks/textblock.h
   wqdata/service/fraction.h
   wqdata/service/memory.h
+  wqdata/service/operations.h
   wqdata/service/text.h
 )
 

@@ -26,6 +26,7 @@ using Pairs = std::vector<Pair>;
 DataBlockPtr NewBlock(cf_id format) { return DataBlockPtr(CDataBlock::NewDataBlock(format)); }
 
 DataBlockPtr Wrapped(const char* text, cf_id format = TEXT) {
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): a wrapped text is never written
   return DataBlockPtr(CDataBlock::NewDataBlock(format, const_cast<char*>(text), 0));
 }
 
@@ -104,6 +105,7 @@ TEST(Factory, FormatsAndInstanceCount) {
   const LogCapture log;
   for (const cf_id format : {INVALID, NOTXLTABLE, cf_id(7), cf_id(-1)}) {
     EXPECT_FALSE(NewBlock(format) || Wrapped(text, format)) << format;
+    EXPECT_EQ(CDataBlock::FixedSizeDataBlock(format, nullptr, 0), nullptr) << format;
   }
   EXPECT_EQ(CDataBlock::_instances, before);
   for (const cf_id format : {TEXT, CSV}) {
@@ -265,6 +267,14 @@ TEST(TextWriting, RandomFieldsAcrossGrowth) {
     expected += (i == 0 ? "" : "\t") + (asText ? text : std::to_string(number));
   }
   EXPECT_TRUE(BytesOf(*block) == expected) << block->GetDataSize() << " bytes";
+}
+
+TEST(TextWriting, TextOfTheBlockItself) {
+  const DataBlockPtr block = NewBlock(CSV);
+  const std::string start = A(60000);
+  EXPECT_TRUE(block->Add(FID{1}, start.c_str()) && block->Close());
+  EXPECT_TRUE(block->Add(FID{2}, static_cast<const char*>(block->GetData()) + 1));
+  EXPECT_TRUE(BytesOf(*block) == start + '\0' + "," + A(59999));
 }
 
 TEST(TextReading, Pairs) {

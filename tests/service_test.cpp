@@ -1,3 +1,4 @@
+#include <wqdata/service/operations.h>
 #include <wqdata/service/servicelib.h>
 #include <wqdata/service/text.h>
 #include <wqdata/types.h>
@@ -191,7 +192,7 @@ TEST(Number, ReadsAsTheCLibraryDoes) {
       "1e308|1e309|-1e309|1.7976931348623158e308|1.7976931348623159e308|1e-400|-1e-400|4.9e-324|"
       "2.5e-324|2.4e-324|0e99999999999|1e99999999999|1e-99999999999|inf|-INFINITY|infinit|nan|-nan|"
       "NaN(1)x|in|0x|0x1p3|-0X1.8P-1|0x.8|0x.|0xp1|0x-1|0x+1|0xinf|0xnan|0x1p|0x1p1024|0x1p-1075|"
-      "0x1.8p-1075|0x0x1|0x1.fffffffffffff8p0|0xabcdefg");
+      "0x1.8p-1075|0x0x1|0x1.fffffffffffff8p0|0xabcdefg|0xfp+-2|1e+-2");
   for (std::string text; std::getline(texts, text, '|');) expect_same_numbers(text);
   const std::string zeros(400, '0');
   for (const std::string& text :

@@ -9,8 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Identifies a field within a record: 0 to 65535. A literal 0 must be written `FID{0}`, since a
-/// bare 0 is as good a null pointer.
+/// Identifies a field within a record: 0 to 65535. Write a literal 0 as `FID{0}`: a bare 0 is as
+/// good a null pointer, and ambiguous where an operation has a form for either.
 using FID = std::uint16_t;
 
 /// The encoding of a block.
@@ -26,14 +26,14 @@ enum cf_id : std::int32_t {
 
 /// Type codes of an item, and the type words of fields in the binary encodings. 4, 9, 10, 14 and
 /// 19 are not in use.
-inline constexpr int TYPE_DOUBLE = 1;  ///< 64-bit floating point
-inline constexpr int TYPE_LONG = 2;    ///< signed 32 bits
-inline constexpr int TYPE_INT = 3;     ///< signed 16 bits
-inline constexpr int TYPE_LPACK = 5;   ///< a price with its base code
-inline constexpr int TYPE_STRING = 6;  ///< text
-inline constexpr int TYPE_DATE = 7;    ///< ZULDATE
-inline constexpr int TYPE_TIME = 8;    ///< ZULTIME
-inline constexpr int TYPE_VECTOR_DOUBLE = 11;
+inline constexpr int TYPE_DOUBLE = 1;          ///< 64-bit floating point
+inline constexpr int TYPE_LONG = 2;            ///< signed 32 bits
+inline constexpr int TYPE_INT = 3;             ///< signed 16 bits
+inline constexpr int TYPE_LPACK = 5;           ///< a price with its base code
+inline constexpr int TYPE_STRING = 6;          ///< text
+inline constexpr int TYPE_DATE = 7;            ///< ZULDATE
+inline constexpr int TYPE_TIME = 8;            ///< ZULTIME
+inline constexpr int TYPE_VECTOR_DOUBLE = 11;  ///< vectors hold elements of one type
 inline constexpr int TYPE_VECTOR_LONG = 12;
 inline constexpr int TYPE_VECTOR_INT = 13;
 inline constexpr int TYPE_VECTOR_LPACK = 15;   ///< prices that share one base code
@@ -46,6 +46,7 @@ inline constexpr int TYPE_ERROR = 101;  ///< no value; an error value says why
 /// Markers of missing values. An item that is given one becomes a TYPE_ERROR item; an accessor of
 /// such an item answers with the marker of its own type.
 inline constexpr std::int16_t MISSING_SHORT = -32768;
+/// Of longs, and of prices as integers in every base code.
 inline constexpr std::int32_t MISSING_LONG = INT32_MIN;
 /// Recognised within a band: every double less than 0.01 away counts as missing.
 inline constexpr double MISSING_DOUBLE = -99999999.999999;
@@ -54,22 +55,22 @@ inline constexpr std::uint16_t MISSING_TIME_MINUTES = 2323;
 /// The same as seconds since midnight.
 inline constexpr std::int32_t MISSING_TIME_SECONDS = MISSING_TIME_MINUTES * 60;
 
-/// A calendar date in four bytes. Month 0 marks a missing date.
+/// A calendar date in four bytes. Month 0 marks a missing date. No operation refuses other numbers.
 struct ZULDATE {
-  std::int8_t day;
-  std::int8_t month;
-  std::uint16_t year;
+  std::int8_t day;     ///< 1 to 31 in a real date
+  std::int8_t month;   ///< 1 to 12 in a real date
+  std::uint16_t year;  ///< the full year; of 0 to 99, two digits
 };
 
 /// A time of day in four bytes.
 struct ZULTIME {
-  std::uint16_t minutes;  ///< whole minutes since midnight
-  std::uint16_t seconds;  ///< seconds within the minute
+  std::uint16_t minutes;  ///< whole minutes since midnight, 0 to 1439 in a real time
+  std::uint16_t seconds;  ///< seconds within the minute, 0 to 59 in a real time
 };
 
 /// A price as a number, with its base code: how the price is scaled and written.
 struct FPN {
-  alignas(8) double value;
+  alignas(8) double value;  ///< the number itself, missing near MISSING_DOUBLE
   std::int16_t baseCode;
 };
 
@@ -77,7 +78,7 @@ struct FPN {
 #pragma pack(push, 1)
 struct LPACK {
   std::uint16_t baseCode;
-  std::int32_t price;
+  std::int32_t price;  ///< missing when MISSING_LONG
 };
 #pragma pack(pop)
 

@@ -11,7 +11,10 @@ step=$1 kind=$2
 consumer=$WQDATA_TREE/tests/package/consumer
 dir=$WQDATA_WORK/$step
 prefix=$WQDATA_WORK/moved
-shared_option=-DBUILD_SHARED_LIBS=$([[ $kind == shared ]] && echo ON || echo OFF)
+case $kind in
+  shared) shared_option=-DBUILD_SHARED_LIBS=ON expect_static=-DEXPECT_STATIC=0 ;;
+  static) shared_option=-DBUILD_SHARED_LIBS=OFF expect_static=-DEXPECT_STATIC=1 ;;
+esac
 options=(-G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
   "-DCMAKE_CXX_COMPILER=$CXX")
 
@@ -50,7 +53,8 @@ install() {
 }
 
 find_package() {
-  build "$consumer" "-DCMAKE_PREFIX_PATH=$prefix" "-DEXPECTED_VERSION=$WQDATA_VERSION"
+  build "$consumer" "$expect_static" "-DCMAKE_PREFIX_PATH=$prefix" \
+    "-DEXPECTED_VERSION=$WQDATA_VERSION"
   "$dir/consumer"
   check_linkage "$dir/consumer"
 }
@@ -65,7 +69,7 @@ pkg_config() {
   mkdir -p "$dir"
   # shellcheck disable=SC2046
   "$CXX" -std=c++20 -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow \
-    -Wold-style-cast -Wundef -Werror "$consumer/main.cpp" -o "$dir/consumer" \
+    -Wold-style-cast -Wundef -Werror "$expect_static" "$consumer/main.cpp" -o "$dir/consumer" \
     $($module --cflags --libs wqdata)
   LD_LIBRARY_PATH=$($module --variable=libdir wqdata) "$dir/consumer"
   check_linkage "$dir/consumer"
@@ -74,7 +78,8 @@ pkg_config() {
 # The embedder makes warnings fatal, in its own code alone, and that code has what our warnings
 # would find. One that does not say which kind it wants gets the shared library.
 add_subdirectory() {
-  local options_given=("-DWQDATA_TREE=$WQDATA_TREE" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON)
+  local options_given=("$expect_static" "-DWQDATA_TREE=$WQDATA_TREE"
+    -DCMAKE_COMPILE_WARNING_AS_ERROR=ON)
   [[ $kind == static ]] && options_given+=("$shared_option")
   build "$consumer" "${options_given[@]}"
   "$dir/consumer"

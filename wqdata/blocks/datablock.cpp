@@ -4,7 +4,7 @@
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/blocks/textblock.h>
 #include <wqdata/items/dataitem.h>
-#include <wqdata/service/servicelib.h>
+#include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
 
 namespace {
@@ -136,6 +136,8 @@ CDataBlock* CDataBlock::NewDataBlock(cf_id format, void* data, int) {
     default: return nullptr;
   }
 }
+
+CDataBlock* CDataBlock::FixedSizeDataBlock(cf_id, void*, int) { return nullptr; }
 
 void CDataBlock::FreeDataBlock(CDataBlock* block) { delete block; }
 

@@ -24,6 +24,8 @@ class CDataItem;
 class WQDATA_API CDeletable {
  public:
   CDeletable() = default;
+
+  /// A copy would count as no block of the factory: there are none.
   CDeletable(const CDeletable&) = delete;
   CDeletable& operator=(const CDeletable&) = default;
   virtual ~CDeletable();
@@ -49,8 +51,8 @@ class WQDATA_API CDeletable {
 ///     block->Close();                          // "101.2500,7\n"
 ///
 /// To write: for each record `StartRecord`, any `Add`, each of which appends one field, and
-/// `EndRecord`; after the last record `Close`. What is added between an `EndRecord` and the next
-/// `StartRecord` belongs to no record.
+/// `EndRecord`; after the last record `Close`. `StartRecord` and `EndRecord` come in pairs: what is
+/// added outside such a pair has no defined place.
 ///
 /// To read, a block has a cursor on a record and one on a field of it. `FirstRecord` and
 /// `NextRecord` move the first, `FirstField`, `NextField` and `FindField` the second; false means
@@ -62,6 +64,20 @@ class WQDATA_API CDeletable {
 ///       }
 ///     }
 ///
+/// TEXT and CSV differ from the binary encodings in this:
+/// - They write values alone, as `CDataItem::Print` does, and drop the identifiers. A line is the
+///   values of a record with tabs (TEXT) or commas (CSV) between them; nothing is quoted.
+/// - They read pairs of identifier and value, in either format with tab, comma and line end as
+///   separators alike. Tokens are the fields of a `CMyParser`: quotes are taken out, white space at
+///   the ends too, and of more than 255 characters the first 255 are left. Every value is a text,
+///   or missing for "N/A". An identifier is read as `atoi` reads it, and cut to 16 bits.
+/// - `NextRecord` goes to the next line, but a walk of fields runs on to the end of the text: the
+///   loops above meet the fields of the last of n lines n times. A reader that wants one line's
+///   fields counts them. `FindField` searches to the end of the text too, and an identifier without
+///   a value, or that is no number, counts as 0 there.
+/// - A block that was written can be walked after `Close`, from `FirstRecord` on, up to the first
+///   `Close`. When an addition makes the block grow, the walk is over.
+///
 /// No operation throws. A writing operation is false when the encoding can't carry the value, when
 /// memory or room runs out, and on a read-only block; the block then stands as it was, but for a
 /// record in progress, and all that was written before stays readable. An operation that an
@@ -71,6 +87,7 @@ class WQDATA_API CDeletable {
 /// different blocks are independent of each other.
 class WQDATA_API CDataBlock : public CDeletable {
  public:
+  /// For the classes of the encodings: programs call the factory functions.
   CDataBlock() = default;
 
   /// Copies the format and the read-only flag, and no content: both blocks keep their bytes. Not
@@ -84,23 +101,27 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// The number of those bytes. A wrapped text is not measured: 0.
   virtual int GetDataSize() = 0;
 
-  /// Finished records; 0 for a wrapped text.
+  /// Finished records; 0 for a wrapped text, which is not counted.
   virtual int GetRecordCount() = 0;
 
-  /// Fields of the current record; of a text block, of the record being written or written last.
+  /// Fields of the current record; of a text block, of the record being written or written last,
+  /// and 0 for a wrapped text.
   virtual int GetFieldCount() = 0;
 
   /// The largest element count among the vector fields of the current record, 0 without one. It
   /// moves the field cursor.
   virtual int GetVectorSize();
 
+  /// The format; of a text that was wrapped as CSV, TEXT.
   virtual cf_id GetFormat();
 
   /// True for a block around bytes that a caller handed in.
   virtual bool IsReadOnly();
 
-  /// Opens and finishes a record.
+  /// Opens a record: the fields added from now on are counted anew.
   virtual bool StartRecord() = 0;
+
+  /// Finishes the record and counts it.
   virtual bool EndRecord() = 0;
 
   /// Append one field. A number that equals the missing marker of its type (types.h) is written as
@@ -112,10 +133,12 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// Appends the value of `item` under the item's identifier.
   virtual bool Add(CDataItem& item) = 0;
 
-  /// Appends the NUL-ended `text` as it stands; false for null.
+  /// Appends the NUL-ended `text` as it stands, "N/A" too; false for null. In a text block `text`
+  /// may lie in the block itself.
   virtual bool Add(FID id, const char* text) = 0;
 
-  /// Finishes the block after its last record.
+  /// Finishes the block after its last record. A text block gets a NUL, which `GetDataSize` counts,
+  /// at each call; the others need none.
   virtual bool Close();
 
   /// Appends an error field of the value `error`.
@@ -150,7 +173,8 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// `FindField`, then `GetCurrentField`. When there is no such field, `item` stays as it was.
   virtual bool GetField(FID id, CDataItem* item);
 
-  /// Fills `item` with the current field; false, with `item` as it was, when there is none.
+  /// Fills `item`, unless it is null, with the current field; false, with `item` as it was, when
+  /// there is none.
   virtual bool GetCurrentField(CDataItem* item);
 
   /// The identifier of the current field, 0 when there is none.
@@ -159,22 +183,27 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// The type code of the current field, 0 when there is none and always for text.
   virtual int GetCurrentFieldType();
 
-  /// A new empty block, the caller's to free; null for a number that is no format, for NOTXLTABLE,
-  /// and without memory. Safe on any thread, as are the other factory functions.
+  /// A new empty block, the caller's to free. Null for a format without blocks (INVALID,
+  /// NOTXLTABLE; as yet ZUL3, ZUL4 and Btrieve), a number that is no format, and without memory.
+  /// Safe on any thread, as are the other factory functions.
   static CDataBlock* NewDataBlock(cf_id format);
 
-  /// A read-only block around received bytes, standing on the first field of the first record. The
-  /// bytes stay the caller's, who keeps them alive and unchanged until the block is freed. Null
-  /// `data` gives an empty writable block.
+  /// A read-only block around received bytes, standing on the first field of the first record, the
+  /// caller's to free; null as above. The bytes stay the caller's, who keeps them alive and
+  /// unchanged until the block is freed. Null `data` gives an empty writable block.
   ///
   /// For TEXT and CSV the format of the block is TEXT; the text must end with a NUL, and `size` is
   /// not used.
   static CDataBlock* NewDataBlock(cf_id format, void* data, int size);
 
+  /// A block of ZUL4 that writes into the caller's buffer of `size` bytes; null for any other
+  /// format. As yet there is none: null.
+  static CDataBlock* FixedSizeDataBlock(cf_id format, void* buffer, int size);
+
   /// Ends a block. Null is ignored.
   static void FreeDataBlock(CDataBlock* block);
 
-  /// Blocks that the factory functions made and that are not freed yet.
+  /// Blocks that the factory functions made, less all blocks that were ended. Safe on any thread.
   static std::atomic<std::int32_t> _instances;
 
  protected:

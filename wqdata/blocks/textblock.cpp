@@ -4,7 +4,7 @@
 #include <wqdata/blocks/textblock.h>
 #include <wqdata/items/dataitem.h>
 #include <wqdata/service/memory.h>
-#include <wqdata/service/servicelib.h>
+#include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
 #include <wqdata/textsupport/myparser.h>
 
@@ -80,10 +80,17 @@ bool CTextBlock::AddValue(std::string_view text) {
 
 bool CTextBlock::Append(std::string_view bytes) {
   const std::uint64_t needed = std::uint64_t{m_used} + bytes.size() + 1;
+  const std::uint64_t offset = OffsetInBuffer(bytes.data());
   if (needed >= m_allocSize && !Grow(bytes.size())) return false;
+  if (offset < m_used) bytes = {m_data + offset, bytes.size()};  // it may have moved
   if (!bytes.empty()) std::memcpy(m_data + m_used, bytes.data(), bytes.size());
   m_used += static_cast<std::uint32_t>(bytes.size());
   return true;
+}
+
+/// Where `at` lies in the bytes written so far; m_used or more for any other place.
+std::uint64_t CTextBlock::OffsetInBuffer(const char* at) const {
+  return reinterpret_cast<std::uintptr_t>(at) - reinterpret_cast<std::uintptr_t>(m_data);
 }
 
 /// Raises m_allocSize by the smallest multiple of the step that holds `bytes`, and by one step at

@@ -56,6 +56,7 @@ class CTextBlock final : public CDataBlock {
 
  private:
   bool Append(std::string_view bytes);
+  std::uint64_t OffsetInBuffer(const char* at) const;
   bool Grow(std::uint64_t bytes);
   bool AddValue(std::string_view text);
   bool ReadPair(FID& id, CDataItem* item);

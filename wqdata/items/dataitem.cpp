@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include <wqdata/items/dataitem.h>
-#include <wqdata/service/servicelib.h>
+#include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
 
 namespace wqd {

@@ -39,8 +39,8 @@ class WQDATA_API CDataItem {
   CDataItem& operator=(const CDataItem& other);
 
   /// Take over the value of `other` without allocating; the result is that of a copy. The moved
-  /// item becomes the error item of identifier 0 and error value 1 and can be used again. Moving
-  /// an item onto itself changes nothing.
+  /// item becomes the error item of identifier 0 and error value 1 and can be used again; what its
+  /// `GetString` returned before is void. Moving an item onto itself changes nothing.
   CDataItem(CDataItem&& other) noexcept;
   CDataItem& operator=(CDataItem&& other) noexcept;
 
@@ -51,7 +51,7 @@ class WQDATA_API CDataItem {
 
   /// With `isError` false as `Set(id, value)`. With `isError` true the error item of error value
   /// `value`, without a test for a marker.
-  CDataItem(FID id, std::int16_t value, bool isError);
+  CDataItem(FID id, std::int16_t value, bool isError = false);
 
   ~CDataItem();
 
@@ -81,13 +81,14 @@ class WQDATA_API CDataItem {
   /// becomes an error item, as in `Set`. Copying an item onto itself changes nothing.
   void Copy(const CDataItem& other);
 
+  /// The field identifier.
   FID GetId() const;
 
   /// The type code, one of the TYPE_ constants.
   int GetType() const;
 
-  /// The size of the value: bytes of a number; bytes of a text with its NUL. `GetLength` is the
-  /// same number.
+  /// The size of the value: bytes of a number (2 of an error value); bytes of a text with its NUL.
+  /// `GetLength` is the same number.
   int GetSize() const;
   int GetLength();
 
@@ -110,13 +111,14 @@ class WQDATA_API CDataItem {
   std::int32_t GetLong() const;
 
   /// The value as a double. A text that holds "/" or "^" anywhere is read as a fraction of a price
-  /// (`101 2/8`, `101^08`; MISSING_DOUBLE if it is none), any other as `atof` reads it, with a
-  /// decimal point in every locale. Types without a number give MISSING_DOUBLE.
+  /// (`101 2/8`, `1/2`, `101^08`, the whole part at most 2^44; MISSING_DOUBLE if it is none), any
+  /// other as `atof` reads it, with a decimal point in every locale. Types without a number give
+  /// MISSING_DOUBLE.
   double GetFloat() const;
 
   /// The value as text: a text itself, for any other type what `Print` writes, empty if it writes
   /// nothing. The result lives in this item, until the next `GetString` of a value that is no text,
-  /// the next text stored here, or the item's end.
+  /// the next text stored here, a move from the item, or its end.
   const char* GetString() const;
 
   /// Writes the value's text into `buffer`, touching at most `size` bytes: "%.4f" of a double (315
@@ -126,7 +128,7 @@ class WQDATA_API CDataItem {
   /// This is not the rule of snprintf. A text shorter than `size` is written with its NUL, and the
   /// result is its length. A text of exactly `size` characters is written without a NUL, and the
   /// result is `size`. Of a longer one the first `size` characters are written without a NUL, and
-  /// the result is negative.
+  /// the result is negative. A negative `size` counts as 0, for which `buffer` may be null.
   int Print(char* buffer, int size) const;
 
  private:

@@ -8,7 +8,7 @@
 #include <cmath>
 
 #include <wqdata/service/fraction.h>
-#include <wqdata/service/servicelib.h>
+#include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
 #include <wqdata/types.h>
 

@@ -1,9 +1,11 @@
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <new>
 
+#include <wqdata/service/operations.h>
 #include <wqdata/service/servicelib.h>
 
 namespace {
@@ -42,11 +44,13 @@ void Deliver(int level, char* text, std::size_t length) {
 }
 
 void Compose(int level, const char* format, std::va_list values) {
-  char line[1024];
+  char line[1024] = "";
   std::va_list again;
   va_copy(again, values);
   const int wanted = std::vsnprintf(line, sizeof line, format, values);
-  const auto length = static_cast<std::size_t>(wanted < 0 ? 0 : wanted);
+  // Beyond what an int can count, the line is what there was room for.
+  line[sizeof line - 1] = '\0';
+  const std::size_t length = wanted < 0 ? std::strlen(line) : static_cast<std::size_t>(wanted);
   if (length < sizeof line) {
     Deliver(level, line, length);
   } else if (const std::unique_ptr<char[]> longLine(new (std::nothrow) char[length + 1]);

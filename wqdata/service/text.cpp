@@ -34,6 +34,15 @@ std::int64_t leading_power(std::string_view number, bool hex) {
   return digits * (hex ? 4 : 1) + exponent;
 }
 
+/// Where the text of a hexadecimal number may end at the latest: before an exponent with two signs,
+/// of which the library function takes the second for one.
+const char* hex_end(const char* text) {
+  for (; *text != '\0'; ++text) {
+    if (ascii_lower(text[0]) == 'p' && text[1] == '+' && text[2] == '-') break;
+  }
+  return text;
+}
+
 /// Reads a number without a sign. False, with `value` as it was, for a text that is none.
 bool read_magnitude(const char* text, double& value) {
   const bool hex = text[0] == '0' && ascii_lower(text[1]) == 'x';
@@ -44,7 +53,7 @@ bool read_magnitude(const char* text, double& value) {
   // The library function takes a second sign, and a word, where the C rule has neither.
   const char first = ascii_lower(*text);
   if (first == '-' || (hex && (first == 'i' || first == 'n'))) return hex;
-  const char* const end = text + std::strlen(text);
+  const char* const end = hex ? hex_end(text) : text + std::strlen(text);
   const auto [behind, error] =
       std::from_chars(text, end, value, hex ? std::chars_format::hex : std::chars_format::general);
   if (error == std::errc::result_out_of_range) {

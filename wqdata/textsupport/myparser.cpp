@@ -57,12 +57,16 @@ bool CMyParser::NextField(char (&field)[kFieldBufferSize], const char* delimiter
 }
 
 bool CMyParser::NextField(std::string& field, const char* delimiters) {
+  const char* const position = m_position;
+  const bool atEnd = m_atEnd;
   char buffer[kFieldBufferSize];
   const bool found = NextField(buffer, delimiters);
   try {
     field = buffer;
   } catch (...) {  // out of memory
     field.clear();
+    m_position = position;
+    m_atEnd = atEnd;
     return false;
   }
   return found;
@@ -89,7 +93,7 @@ void CMyParser::PushBack(int c) {
   if (c == 0) return;
   if (m_stream != nullptr) {
     std::ungetc(c, m_stream);
-  } else {
+  } else if (m_position != nullptr) {
     --m_position;
   }
 }

@@ -24,7 +24,8 @@ namespace wqd {
 ///   a delimiter.
 /// - Of a field's characters the first 255 are kept and the rest is dropped. Then blanks, tabs, CR
 ///   and LF are removed at both ends, also those that stood within quotes.
-/// - A byte 0 in a stream ends a field, and the next call goes on behind it.
+/// - A byte 0 in a stream ends a field, and the next call goes on behind it. Right behind a CR
+///   outside quotes it is dropped.
 ///
 /// No input is an error. The parser owns nothing: the text, the delimiter set and the stream stay
 /// the caller's, who keeps them alive as long as the parser; the stream is not closed. A copy goes
@@ -47,8 +48,9 @@ class WQDATA_API CMyParser {
 
   /// Stores the next field in `field`. False, with `field` empty, when the input had run out
   /// before. `delimiters`, if not null, replaces the delimiter set for this and later calls.
-  /// If memory for the field runs out, `field` is empty and the result false, with the field
-  /// consumed.
+  /// If memory for the field runs out, `field` is empty and the result false too. A parser of a
+  /// text then stands before that field again; a stream is past it, and its end flag as it was
+  /// before.
   bool NextField(std::string& field, const char* delimiters = nullptr);
 
   /// The same without any allocation: the field goes to `field`, NUL-ended.
@@ -61,7 +63,8 @@ class WQDATA_API CMyParser {
   /// The next character, 0 to 255; 0 at the end of the input, which sets the end flag.
   int NextChar();
 
-  /// Takes one `NextChar` back, `c` being its result.
+  /// Takes the latest `NextChar` back, `c` being its result. Without an input nothing but the end
+  /// flag changes.
   void PushBack(int c);
 
  private:

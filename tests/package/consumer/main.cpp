@@ -9,6 +9,11 @@
 #include <cstdio>
 #include <cstring>
 
+// The package tells its users how the library was built.
+#if defined(WQDATA_STATIC) != EXPECT_STATIC
+#error "WQDATA_STATIC does not fit the kind of the library"
+#endif
+
 int main() {
   const wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(CSV));
   if (!block) return 1;
