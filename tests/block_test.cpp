@@ -270,11 +270,14 @@ TEST(TextWriting, RandomFieldsAcrossGrowth) {
 }
 
 TEST(TextWriting, TextOfTheBlockItself) {
-  const DataBlockPtr block = NewBlock(CSV);
-  const std::string start = A(60000);
-  EXPECT_TRUE(block->Add(FID{1}, start.c_str()) && block->Close());
-  EXPECT_TRUE(block->Add(FID{2}, static_cast<const char*>(block->GetData()) + 1));
-  EXPECT_TRUE(BytesOf(*block) == start + '\0' + "," + A(59999));
+  for (const std::size_t length :
+       {60000U, 65533U}) {  // the value, or its separator, moves the bytes
+    const DataBlockPtr block = NewBlock(CSV);
+    const std::string start = A(length);
+    EXPECT_TRUE(block->Add(FID{1}, start.c_str()) && block->Close());
+    EXPECT_TRUE(block->Add(FID{2}, static_cast<const char*>(block->GetData()) + 1));
+    EXPECT_TRUE(BytesOf(*block) == start + '\0' + "," + A(length - 1)) << length;
+  }
 }
 
 TEST(TextReading, Pairs) {

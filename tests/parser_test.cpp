@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <wqdata/textsupport/myparser.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <random>
 #include <string>
@@ -145,6 +147,29 @@ TEST(Parser, CharactersFromAPlaceOnCanBePushedBack) {
     EXPECT_EQ(FieldsOf(parser), (Fields{"\xFF", "z"}));
   }
   EXPECT_EQ(std::fseek(stream.get(), 0, SEEK_SET), 0);  // it stayed open
+}
+
+/// A read error, behind which the stream would give more.
+TEST(Parser, EndsAtAReadError) {
+  struct Source {
+    static ssize_t Read(void* cookie, char* to, std::size_t) {
+      const char* const parts[] = {"a,b\r", nullptr, "c,d"};
+      const char* const part = parts[std::min(2, (*static_cast<int*>(cookie))++)];
+      if (part == nullptr) return -1;
+      std::strcpy(to, part);
+      return static_cast<ssize_t>(std::strlen(part));
+    }
+  };
+  int part = 0;
+  std::FILE* const stream = fopencookie(&part, "r", {Source::Read, nullptr, nullptr, nullptr});
+  ASSERT_NE(stream, nullptr);
+  std::setvbuf(stream, nullptr, _IOFBF, 64);
+  wqd::CMyParser parser(stream, nullptr);
+  std::string field;
+  EXPECT_TRUE(parser.NextField(field) && field == "a") << field;
+  EXPECT_TRUE(parser.NextField(field) && field == "b") << field;
+  EXPECT_FALSE(parser.NextField(field)) << field;
+  std::fclose(stream);
 }
 
 }  // namespace

@@ -90,8 +90,9 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// For the classes of the encodings: programs call the factory functions.
   CDataBlock() = default;
 
-  /// Copies the format and the read-only flag, and no content: both blocks keep their bytes. Not
-  /// of use to programs, and safe.
+  /// Copies the format and the read-only flag, and no content: both blocks keep the bytes that they
+  /// have. A wrapped text that so becomes writable turns to bytes of its own with the first
+  /// addition, and the caller's stay as they are. Not of use to programs, and safe.
   CDataBlock& operator=(const CDataBlock&) = default;
 
   /// The bytes of the block, null while there are none. They stay the block's (or, wrapped, the
@@ -130,7 +131,7 @@ class WQDATA_API CDataBlock : public CDeletable {
   virtual bool Add(FID id, std::int32_t value);
   virtual bool Add(FID id, std::int16_t value);
 
-  /// Appends the value of `item` under the item's identifier.
+  /// Appends the value of `item` under the item's identifier; a text up to its first NUL.
   virtual bool Add(CDataItem& item) = 0;
 
   /// Appends the NUL-ended `text` as it stands, "N/A" too; false for null. In a text block `text`

@@ -17,6 +17,18 @@ constexpr const char* kPairDelimiters = ",\t\n";
 
 }  // namespace
 
+/// A size that the block is to have, for a run of `length` bytes that made it grow by `increase`.
+struct CTextBlock::Growth {
+  std::uint64_t size;
+  std::uint64_t length;
+  std::uint64_t increase;
+};
+
+CTextBlock::Growth CTextBlock::GrownFor(std::uint64_t length, std::uint64_t size) {
+  const std::uint64_t steps = length == 0 ? 1 : (length + kGrowthStep - 1) / kGrowthStep;
+  return {size + steps * kGrowthStep, length, steps * kGrowthStep};
+}
+
 CTextBlock::CTextBlock(cf_id format) { m_format = format; }
 
 CTextBlock::CTextBlock(void* data) : m_data(static_cast<char*>(data)), m_record(m_data) {
@@ -45,7 +57,7 @@ bool CTextBlock::StartRecord() {
 }
 
 bool CTextBlock::EndRecord() {
-  if (m_readOnly || !Append("\n")) return false;
+  if (!Append("\n")) return false;
   ++m_recordCount;
   return true;
 }
@@ -60,32 +72,33 @@ bool CTextBlock::Add(CDataItem& item) {
 bool CTextBlock::Add(FID, const char* text) { return text != nullptr && AddValue(text); }
 
 bool CTextBlock::Close() {
-  if (m_readOnly || !Append({"", 1})) return false;
+  if (!Append({"", 1})) return false;
   m_terminated = true;
   return true;
 }
 
-/// Appends a separator, where one is due, and the value: both or neither.
+/// Room for separator and value is made before either is written: a refused field leaves no trace.
 bool CTextBlock::AddValue(std::string_view text) {
   if (m_readOnly) return false;
-  const std::uint32_t usedBefore = m_used;
-  const char* const separator = m_format == CSV ? "," : "\t";
-  if ((m_fieldCount > 0 && !Append(separator)) || !Append(text)) {
-    m_used = usedBefore;
-    return false;
-  }
+  const std::string_view separator = m_fieldCount == 0 ? "" : m_format == CSV ? "," : "\t";
+  const std::uint64_t offset = OffsetInBuffer(text.data());
+  if (!MakeRoom(separator.size(), text.size())) return false;
+  if (offset < m_used) text = {m_data + offset, text.size()};  // it may have moved
+  Put(separator);
+  Put(text);
   ++m_fieldCount;
   return true;
 }
 
 bool CTextBlock::Append(std::string_view bytes) {
-  const std::uint64_t needed = std::uint64_t{m_used} + bytes.size() + 1;
-  const std::uint64_t offset = OffsetInBuffer(bytes.data());
-  if (needed >= m_allocSize && !Grow(bytes.size())) return false;
-  if (offset < m_used) bytes = {m_data + offset, bytes.size()};  // it may have moved
+  if (m_readOnly || !MakeRoom(0, bytes.size())) return false;
+  Put(bytes);
+  return true;
+}
+
+void CTextBlock::Put(std::string_view bytes) {
   if (!bytes.empty()) std::memcpy(m_data + m_used, bytes.data(), bytes.size());
   m_used += static_cast<std::uint32_t>(bytes.size());
-  return true;
 }
 
 /// Where `at` lies in the bytes written so far; m_used or more for any other place.
@@ -93,23 +106,29 @@ std::uint64_t CTextBlock::OffsetInBuffer(const char* at) const {
   return reinterpret_cast<std::uintptr_t>(at) - reinterpret_cast<std::uintptr_t>(m_data);
 }
 
-/// Raises m_allocSize by the smallest multiple of the step that holds `bytes`, and by one step at
-/// least. Memory is taken further ahead than that, or a large block would be moved at each step.
-bool CTextBlock::Grow(std::uint64_t bytes) {
-  const std::uint64_t steps = bytes == 0 ? 1 : (bytes + kGrowthStep - 1) / kGrowthStep;
-  const std::uint64_t increase = steps * kGrowthStep;
-  const std::uint64_t size = m_allocSize + increase;
+/// The block grows for each run of bytes that leaves no byte to spare, by the smallest multiple of
+/// the step that holds them. A separator of no bytes is none.
+bool CTextBlock::MakeRoom(std::uint64_t separator, std::uint64_t text) {
+  Growth growth = {m_allocSize, 0, 0};
+  const std::uint64_t withSeparator = std::uint64_t{m_used} + separator;
+  if (separator > 0 && withSeparator + 1 >= growth.size) growth = GrownFor(separator, growth.size);
+  if (withSeparator + text + 1 >= growth.size) growth = GrownFor(text, growth.size);
+  return growth.size == m_allocSize || Grow(growth);
+}
+
+/// Memory is taken further ahead than the block grows, or a large one would be moved at each step.
+bool CTextBlock::Grow(const Growth& growth) {
   const bool firstBuffer = m_reserved == 0;
-  void* const data = service::grown(firstBuffer ? nullptr : m_data, m_reserved, size);
+  void* const data = service::grown(firstBuffer ? nullptr : m_data, m_reserved, growth.size);
   if (data == nullptr) {
     service::log_message(kFailed,
                          "Couldn't allocate TEXT record size %" PRIu64 ", m_allocSize<%" PRIu32
                          ">, length<%" PRIu64 ">, sizeInc<%" PRIu64 ">",
-                         size, m_allocSize, bytes, increase);
+                         growth.size, m_allocSize, growth.length, growth.increase);
     return false;
   }
   m_data = static_cast<char*>(data);
-  m_allocSize = static_cast<std::uint32_t>(size);
+  m_allocSize = static_cast<std::uint32_t>(growth.size);
   m_terminated = m_terminated && !firstBuffer;
   m_record = m_field = m_nextField = nullptr;  // they pointed into the former buffer
   return true;

@@ -55,10 +55,15 @@ class CTextBlock final : public CDataBlock {
   ~CTextBlock() override;
 
  private:
-  bool Append(std::string_view bytes);
-  std::uint64_t OffsetInBuffer(const char* at) const;
-  bool Grow(std::uint64_t bytes);
+  struct Growth;
+
   bool AddValue(std::string_view text);
+  bool Append(std::string_view bytes);
+  void Put(std::string_view bytes);
+  std::uint64_t OffsetInBuffer(const char* at) const;
+  static Growth GrownFor(std::uint64_t length, std::uint64_t size);
+  bool MakeRoom(std::uint64_t separator, std::uint64_t text);
+  bool Grow(const Growth& growth);
   bool ReadPair(FID& id, CDataItem* item);
 
   char* m_data = nullptr;         // the caller's while m_reserved is 0, else this block's

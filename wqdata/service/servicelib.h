@@ -11,7 +11,8 @@
 /// given.
 ///
 /// A sink is called on the thread that logs, by several threads at once if several log, and with
-/// no lock held: it may itself call the library. An exception that leaves it is dropped.
+/// no lock held: it may itself call the library, as long as what it logs itself comes to an end. An
+/// exception that leaves it is dropped; it must not end its thread.
 using LogSink = void (*)(int level, const char* text, void* context);
 
 /// Sends the lines logged from now on to `sink`. A null `sink` restores the default, which writes

@@ -65,6 +65,7 @@ bool CMyParser::NextField(std::string& field, const char* delimiters) {
     field = buffer;
   } catch (...) {  // out of memory
     field.clear();
+    if (m_stream != nullptr) return false;
     m_position = position;
     m_atEnd = atEnd;
     return false;
@@ -76,12 +77,12 @@ const char* CMyParser::GetInputPosition() const { return m_position; }
 
 int CMyParser::NextChar() {
   if (m_stream != nullptr) {
-    const int c = std::getc(m_stream);
+    // A stream may be readable again behind an error, but what then comes is no continuation.
+    const int c = std::ferror(m_stream) != 0 ? EOF : std::getc(m_stream);
     m_atEnd = m_atEnd || c == EOF;
     return c == EOF ? 0 : c;
   }
-  if (m_position == nullptr) return 0;
-  if (*m_position == '\0') {
+  if (m_position == nullptr || *m_position == '\0') {
     m_atEnd = true;
     return 0;
   }

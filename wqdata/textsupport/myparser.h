@@ -27,10 +27,11 @@ namespace wqd {
 /// - A byte 0 in a stream ends a field, and the next call goes on behind it. Right behind a CR
 ///   outside quotes it is dropped.
 ///
-/// No input is an error. The parser owns nothing: the text, the delimiter set and the stream stay
-/// the caller's, who keeps them alive as long as the parser; the stream is not closed. A copy goes
-/// on from the same place (two parsers on one stream take their fields from each other). One
-/// parser is used by one thread at a time.
+/// A stream ends at its end or at a read error, which `std::ferror` tells apart. No input is an
+/// error. The parser owns nothing: the text, the delimiter set and the stream stay the caller's,
+/// who keeps them alive as long as the parser; the stream is not closed. A copy goes on from the
+/// same place (two parsers on one stream take their fields from each other). One parser is used by
+/// one thread at a time.
 class WQDATA_API CMyParser {
  public:
   /// Room for a field's characters and a NUL.
@@ -49,8 +50,7 @@ class WQDATA_API CMyParser {
   /// Stores the next field in `field`. False, with `field` empty, when the input had run out
   /// before. `delimiters`, if not null, replaces the delimiter set for this and later calls.
   /// If memory for the field runs out, `field` is empty and the result false too. A parser of a
-  /// text then stands before that field again; a stream is past it, and its end flag as it was
-  /// before.
+  /// text then stands before that field again; a stream is past it.
   bool NextField(std::string& field, const char* delimiters = nullptr);
 
   /// The same without any allocation: the field goes to `field`, NUL-ended.
