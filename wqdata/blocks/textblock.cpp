@@ -14,6 +14,7 @@ namespace {
 constexpr std::uint64_t kGrowthStep = 65536;
 constexpr int kFailed = 1;
 constexpr const char* kPairDelimiters = ",\t\n";
+constexpr std::string_view kEndOfText("\0", 1);
 
 }  // namespace
 
@@ -72,7 +73,7 @@ bool CTextBlock::Add(CDataItem& item) {
 bool CTextBlock::Add(FID, const char* text) { return text != nullptr && AddValue(text); }
 
 bool CTextBlock::Close() {
-  if (!Append({"", 1})) return false;
+  if (!Append(kEndOfText)) return false;
   m_terminated = true;
   return true;
 }
