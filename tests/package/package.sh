@@ -15,7 +15,7 @@ case $kind in
   shared) shared_option=-DBUILD_SHARED_LIBS=ON expect_static=-DEXPECT_STATIC=0 ;;
   static) shared_option=-DBUILD_SHARED_LIBS=OFF expect_static=-DEXPECT_STATIC=1 ;;
 esac
-options=(-G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+options=(-G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
   "-DCMAKE_CXX_COMPILER=$CXX")
 
 fail() {
