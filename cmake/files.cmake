@@ -7,23 +7,44 @@ set(wqdata_public_headers
   wqdata/service/servicelib.h
   wqdata/textsupport/myparser.h
   wqdata/types.h
+  wqdata/values/date.h
+  wqdata/values/fixptnum.h
+  wqdata/values/time.h
+  wqdata/values/timezone.h
 )
 
 set(wqdata_internal_headers
   wqdata/blocks/textblock.h
+  wqdata/items/missing.h
+  wqdata/service/basecode.h
+  wqdata/service/clock.h
   wqdata/service/fraction.h
   wqdata/service/memory.h
   wqdata/service/operations.h
+  wqdata/service/rounding.h
   wqdata/service/text.h
+  wqdata/values/windowszones.h
+  wqdata/values/zonefile.h
 )
 
 set(wqdata_sources
   wqdata/blocks/datablock.cpp
   wqdata/blocks/textblock.cpp
   wqdata/items/dataitem.cpp
+  wqdata/items/typedvalues.cpp
+  wqdata/service/clock.cpp
   wqdata/service/fraction.cpp
   wqdata/service/log.cpp
   wqdata/service/memory.cpp
+  wqdata/service/prices.cpp
+  wqdata/service/pricetext.cpp
   wqdata/service/text.cpp
   wqdata/textsupport/myparser.cpp
+  wqdata/values/date.cpp
+  wqdata/values/fixptnum.cpp
+  wqdata/values/posixrule.cpp
+  wqdata/values/time.cpp
+  wqdata/values/timezone.cpp
+  wqdata/values/windowszones.cpp
+  wqdata/values/zonefile.cpp
 )

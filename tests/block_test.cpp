@@ -1,47 +1,31 @@
 #include <gtest/gtest.h>
-#include <wqdata/blocks/datablock.h>
 #include <wqdata/items/dataitem.h>
 
 #include <cfloat>
-#include <cstdio>
 #include <cstring>
 #include <random>
-#include <string>
 #include <thread>
-#include <utility>
 #include <variant>
-#include <vector>
 
 #include "support.h"
 
 namespace {
 
-using wqd::CDataBlock;
-using wqd::CDataItem;
-using wqd::DataBlockPtr;
-using wqd_test::LogCapture;
-using Pair = std::pair<int, std::string>;
-using Pairs = std::vector<Pair>;
-
-DataBlockPtr NewBlock(cf_id format) { return DataBlockPtr(CDataBlock::NewDataBlock(format)); }
+using namespace wqd;
+using namespace wqd_test;
 
 DataBlockPtr Wrapped(const char* text, cf_id format = TEXT) {
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): a wrapped text is never written
   return DataBlockPtr(CDataBlock::NewDataBlock(format, const_cast<char*>(text), 0));
 }
 
-std::string BytesOf(CDataBlock& block) {
-  return {static_cast<const char*>(block.GetData()), static_cast<std::size_t>(block.GetDataSize())};
-}
-
-std::string A(std::size_t count) { return std::string(count, 'A'); }
-
 /// One writing operation: a value stands for its `Add`.
-enum Call { kStart, kEnd, kClose };
+enum Call { kStart, kEnd, kClose, kError };
 using Step = std::variant<Call, double, std::int32_t, std::int16_t, const char*, CDataItem>;
 
 struct Writer {
   bool operator()(Call call) const {
+    if (call == kError) return block.AddError(FID{9}, 5);
     return call == kStart ? block.StartRecord() : call == kEnd ? block.EndRecord() : block.Close();
   }
   bool operator()(CDataItem item) const { return block.Add(item); }
@@ -52,51 +36,42 @@ struct Writer {
   CDataBlock& block;
 };
 
-/// The current field, or that there is none. An error item's value is "#" and its number.
-Pair CurrentPair(CDataBlock& block) {
+/// "2:b", or "none" for no current field. An error item's value is "#" and its number.
+std::string Current(CDataBlock& block) {
   CDataItem item;
-  if (!block.GetCurrentField(&item)) return {-1, "no field"};
-  EXPECT_EQ(block.GetCurrentFieldId(), item.GetId());
-  EXPECT_EQ(block.GetCurrentFieldType(), 0);
-  if (item.IsNull()) return {item.GetId(), "#" + std::to_string(item.GetError())};
+  if (!block.GetCurrentField(&item)) return "none";
+  EXPECT_TRUE(block.GetCurrentFieldId() == item.GetId() && block.GetCurrentFieldType() == 0);
+  const std::string id = std::to_string(item.GetId()) + ":";
+  if (item.IsNull()) return id + "#" + std::to_string(item.GetError());
   EXPECT_EQ(item.GetType(), TYPE_STRING);
-  return {item.GetId(), item.GetString()};
+  return id + item.GetString();
 }
 
-Pairs WalkFields(CDataBlock& block) {
-  Pairs pairs;
-  for (bool more = block.FirstField(); more && pairs.size() < 1000; more = block.NextField()) {
-    pairs.push_back(CurrentPair(block));
+/// The fields from the first on, a blank behind each.
+std::string Walk(CDataBlock& block) {
+  std::string fields;
+  for (bool more = block.FirstField(); more && fields.size() < 9999; more = block.NextField()) {
+    fields += Current(block) + " ";
   }
-  return pairs;
+  return fields;
 }
 
 TEST(Format, NamesAndNumbers) {
-  const struct {
-    const char* name;
-    cf_id format;
-    LogCapture::Lines log;
-  } cases[] = {
-      {"TEXT", TEXT, {}},
-      {"text", TEXT, {}},
-      {"Csv", CSV, {}},
-      {"notxltable", NOTXLTABLE, {}},
-      {"zul3", ZUL3, {}},
-      {"ZUL4", ZUL4, {}},
-      {"BTRIEVE", Btrieve, {}},
-      {"INVALID", INVALID, {{2, "CfID: Invalid format 'INVALID'"}}},
-      {"TEX", INVALID, {{2, "CfID: Invalid format 'TEX'"}}},
-      {"", INVALID, {{2, "CfID: Invalid format ''"}}},
-      {nullptr, INVALID, {{2, "CfID: null format"}}},
-  };
-  for (const auto& c : cases) {
+  for (const auto& [name, format] : Rows(R"(
+         TEXT => 1 | text => 1 | Csv => 2 | notxltable => 3 | zul3 => 4 | ZUL4 => 5 | BTRIEVE => 6
+         INVALID => 0 CfID: Invalid format 'INVALID' | TEX => 0 CfID: Invalid format 'TEX'
+         => 0 CfID: Invalid format '')")) {
     const LogCapture log;
-    EXPECT_EQ(CfId(c.name), c.format) << (c.name != nullptr ? c.name : "null");
-    EXPECT_EQ(log.lines(), c.log);
+    std::string found = std::to_string(CfId(name.c_str()));
+    for (const auto& [level, line] : log.lines()) found += (level == 2 ? " " : "level! ") + line;
+    EXPECT_EQ(found, format) << name;
   }
-  const char* const names[] = {"INVALID", "INVALID", "TEXT",    "CSV",    "NOTXLTABLE",
-                               "ZUL3",    "ZUL4",    "Btrieve", "INVALID"};
-  for (int i = -1; i < 8; ++i) EXPECT_STREQ(CfName(cf_id(i)), names[i + 1]) << i;
+  const LogCapture log;
+  EXPECT_EQ(CfId(nullptr), INVALID);
+  EXPECT_EQ(log.lines(), (LogCapture::Lines{{2, "CfID: null format"}}));
+  std::string names;
+  for (int i = -1; i < 8; ++i) names += CfName(cf_id(i)) + std::string(" ");
+  EXPECT_EQ(names, "INVALID INVALID TEXT CSV NOTXLTABLE ZUL3 ZUL4 Btrieve INVALID ");
 }
 
 TEST(Factory, FormatsAndInstanceCount) {
@@ -104,8 +79,9 @@ TEST(Factory, FormatsAndInstanceCount) {
   const char text[] = "1,a\n";
   const LogCapture log;
   for (const cf_id format : {INVALID, NOTXLTABLE, cf_id(7), cf_id(-1)}) {
-    EXPECT_FALSE(NewBlock(format) || Wrapped(text, format)) << format;
-    EXPECT_EQ(CDataBlock::FixedSizeDataBlock(format, nullptr, 0), nullptr) << format;
+    EXPECT_FALSE(NewBlock(format) || Wrapped(text, format) ||
+                 CDataBlock::FixedSizeDataBlock(format, nullptr, 0))
+        << format;
   }
   EXPECT_EQ(CDataBlock::_instances, before);
   for (const cf_id format : {TEXT, CSV}) {
@@ -113,9 +89,9 @@ TEST(Factory, FormatsAndInstanceCount) {
     const DataBlockPtr wrapped = Wrapped(text, format);
     const DataBlockPtr aroundNull = Wrapped(nullptr, format);
     EXPECT_EQ(CDataBlock::_instances, before + 3) << format;
-    EXPECT_TRUE(written->GetFormat() == format && !written->IsReadOnly()) << format;
-    EXPECT_TRUE(wrapped->GetFormat() == TEXT && wrapped->IsReadOnly()) << format;
-    EXPECT_TRUE(aroundNull->GetFormat() == TEXT && !aroundNull->IsReadOnly()) << format;
+    EXPECT_TRUE(written->GetFormat() == format && wrapped->GetFormat() == TEXT &&
+                aroundNull->GetFormat() == TEXT);
+    EXPECT_TRUE(!written->IsReadOnly() && wrapped->IsReadOnly() && !aroundNull->IsReadOnly());
     EXPECT_TRUE(wrapped->GetData() == text && aroundNull->GetData() == nullptr) << format;
     EXPECT_FALSE(aroundNull->FirstRecord() || aroundNull->NextRecord() || aroundNull->FirstField());
     EXPECT_TRUE(aroundNull->Add(FID{1}, "a") && BytesOf(*aroundNull) == "a");
@@ -135,6 +111,7 @@ TEST(Factory, FormatsAndInstanceCount) {
 class PlainBlock final : public CDataBlock {
  public:
   using CDataBlock::Add;
+  PlainBlock() { ++_instances; }  // as the factory does
   void* GetData() override { return nullptr; }
   int GetDataSize() override { return 0; }
   int GetRecordCount() override { return 0; }
@@ -143,54 +120,33 @@ class PlainBlock final : public CDataBlock {
   bool EndRecord() override { return true; }
   bool Add(FID, const char*) override { return false; }
   bool Add(CDataItem& item) override {
-    given = std::to_string(item.GetId()) + " type " + std::to_string(item.GetType()) + ": " +
-            item.GetString() + ", " + std::to_string(item.GetError());
+    given = std::to_string(item.GetId()) + " " + std::to_string(item.GetType()) + " " +
+            item.GetString() + " " + std::to_string(item.GetError());
     return accepts;
   }
   std::string given;
   bool accepts = true;
 };
 
-TEST(BlockDefaults, AnswerFalseOrZero) {
-  ++CDataBlock::_instances;  // as the factory does
-  const DataBlockPtr block(new PlainBlock);
-  EXPECT_TRUE(block->Close() && block->GetFormat() == INVALID && !block->IsReadOnly());
-  const std::int16_t number = 1;
-  const std::int32_t price = 1;
-  const double real = 1;
-  const ZULDATE date{1, 1, 2000};
-  const ZULTIME time{1, 1};
-  CDataItem item(FID{3}, price);
-  EXPECT_FALSE(block->AddBlob(FID{1}, "a", 1) || block->AddShortVector(FID{1}, &number, 1) ||
-               block->AddLongVector(FID{1}, &price, 1) || block->AddDoubleVector(FID{1}, &real, 1));
-  EXPECT_FALSE(block->AddDateVector(FID{1}, &date, 1) || block->AddTimeVector(FID{1}, &time, 1) ||
-               block->AddStringVector(FID{1}, "a", 1, 2) ||
-               block->AddPriceVector(FID{1}, &price, 105, 1));
-  EXPECT_FALSE(block->FirstRecord() || block->NextRecord() || block->FirstField() ||
-               block->NextField() || block->FindField(FID{3}));
-  EXPECT_FALSE(block->GetField(FID{3}, &item) || block->GetCurrentField(&item));
-  EXPECT_TRUE(item.GetId() == 3 && item.GetType() == TYPE_LONG);
-  EXPECT_EQ(block->GetVectorSize() + block->GetCurrentFieldId() + block->GetCurrentFieldType(), 0);
-}
-
-TEST(BlockDefaults, ScalarsGoThroughAnItem) {
-  const std::pair<Step, std::string> cases[] = {
-      {2.0, "9 type 1: 2.0000, 0"},          {7, "9 type 2: 7, 0"},
-      {std::int16_t{-3}, "9 type 3: -3, 0"}, {-99999999.995, "9 type 101: N/A, 2"},
-      {MISSING_LONG, "9 type 101: N/A, 2"},  {MISSING_SHORT, "9 type 101: N/A, 2"},
-  };
-  ++CDataBlock::_instances;
+TEST(BlockDefaults, AnswerFalseOrZeroAndPassScalarsThroughAnItem) {
   const DataBlockPtr owner(new PlainBlock);
   auto& block = static_cast<PlainBlock&>(*owner);
+  CDataItem item(FID{3}, 1);
+  EXPECT_TRUE(block.Close() && block.GetFormat() == INVALID && !block.IsReadOnly());
+  EXPECT_FALSE(block.FirstRecord() || block.NextRecord() || block.FirstField() ||
+               block.NextField() || block.FindField(FID{3}) || block.GetField(FID{3}, &item) ||
+               block.GetCurrentField(&item) || item.GetId() != 3);
+  EXPECT_EQ(block.GetVectorSize() + block.GetCurrentFieldId() + block.GetCurrentFieldType(), 0);
+  const std::pair<Step, std::string> cases[] = {
+      {2.0, "9 1 2.0000 0"},          {7, "9 2 7 0"},
+      {std::int16_t{-3}, "9 3 -3 0"}, {-99999999.995, "9 101 N/A 2"},
+      {MISSING_LONG, "9 101 N/A 2"},  {MISSING_SHORT, "9 101 N/A 2"},
+      {kError, "9 101 N/A 5"},        {CDataItem(FID{8}, 6), "8 2 6 0"}};
   for (const auto& [value, expected] : cases) {
     block.accepts = !block.accepts;
     EXPECT_EQ(std::visit(Writer{block}, value), block.accepts) << expected;
     EXPECT_EQ(block.given, expected);
   }
-  EXPECT_TRUE(block.AddError(FID{9}, MISSING_SHORT));
-  EXPECT_EQ(block.given, "9 type 101: N/A, -32768");
-  block.accepts = false;
-  EXPECT_FALSE(block.AddError(FID{9}, 1) || block.Add(FID{9}, 7));
 }
 
 TEST(BlockAssignment, CopiesFormatAndFlagAlone) {
@@ -216,43 +172,48 @@ TEST(TextWriting, BytesAndCounts) {
   using namespace std::string_literals;
   char largest[400];
   std::snprintf(largest, sizeof largest, "%.4f", -DBL_MAX);
-  const std::string n255 = A(255);
-  const std::string n700 = A(700);
-  const struct {
-    std::vector<Step> steps;
-    std::string bytes;  // with a vertical bar for the separator
-    int records;
-    int fields;
-  } cases[] = {
-      {{kClose}, "\0"s, 0, 0},
-      {{kStart, kEnd, kClose, kClose}, "\n\0\0"s, 1, 0},
-      {{kStart, 1.5, 7, kEnd, kStart, "abc", kEnd, kClose}, "1.5000|7\nabc\n\0"s, 2, 1},
-      {{"", 7, "", kEnd}, "|7|\n", 1, 3},
-      {{"a", kEnd, "b"}, "a\n|b", 1, 2},
-      {{MISSING_SHORT, MISSING_LONG, MISSING_DOUBLE, "N/A"}, "N/A|N/A|N/A|N/A", 0, 4},
-      {{CDataItem(FID{1}, 5, true), CDataItem()}, "N/A|N/A", 0, 2},
-      {{INT32_MAX, INT32_MIN + 1, std::int16_t{-32767}}, "2147483647|-2147483647|-32767", 0, 3},
-      {{-0.00004, -DBL_MAX, 1.0}, "-0.0000|"s + largest + "|1.0000", 0, 3},
-      {{"a,\t\"b\"\r\n", "c"}, "a,\t\"b\"\r\n|c", 0, 2},  // nothing is escaped
-      {{CDataItem(FID{1}, n255.c_str(), -1), CDataItem(FID{1}, n700.c_str(), 256),
-        CDataItem(FID{1}, n700.c_str(), -1), CDataItem(FID{1}, "ab\0c", 4)},
-       n255 + "|" + n255 + "A|" + n700 + "|ab",
-       0,
-       4},
+  const std::string n700 = Letters(700);
+  // The bytes have a bar for the separator, and behind them the counts of records and fields.
+  const std::pair<std::vector<Step>, std::string> cases[] = {
+      {{kClose}, "\0 0 0"s},
+      {{kStart, kEnd, kClose, kClose}, "\n\0\0 1 0"s},
+      {{kStart, 1.5, 7, kEnd, kStart, "abc", kEnd, kClose}, "1.5000|7\nabc\n\0 2 1"s},
+      {{"", 7, "", kEnd}, "|7|\n 1 3"},
+      {{"a", kEnd, "b"}, "a\n|b 1 2"},
+      {{MISSING_SHORT, MISSING_LONG, MISSING_DOUBLE, "N/A", kError}, "N/A|N/A|N/A|N/A|N/A 0 5"},
+      {{INT32_MAX, INT32_MIN + 1, std::int16_t{-32767}}, "2147483647|-2147483647|-32767 0 3"},
+      {{-0.00004, -DBL_MAX, 1.0}, "-0.0000|"s + largest + "|1.0000 0 3"},
+      {{"a,\t\"b\"\r\n", "c"}, "a,\t\"b\"\r\n|c 0 2"},  // nothing is escaped
+      {{CDataItem(FID{1}, n700.c_str(), 256), n700.c_str(), CDataItem(FID{1}, "ab\0c", 4)},
+       Letters(256) + "|" + n700 + "|ab 0 3"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [steps, bytesAndCounts] : cases) {
     for (const auto& [format, separator] : {std::pair{TEXT, '\t'}, std::pair{CSV, ','}}) {
       const DataBlockPtr block = NewBlock(format);
       EXPECT_TRUE(block->GetData() == nullptr && block->GetDataSize() == 0);
-      for (const Step& step : c.steps) EXPECT_TRUE(std::visit(Writer{*block}, step)) << c.bytes;
+      for (const Step& step : steps) EXPECT_TRUE(std::visit(Writer{*block}, step));
       EXPECT_FALSE(block->Add(FID{1}, nullptr) || block->AddBlob(FID{1}, "a", 1));
-      std::string expected = c.bytes;
-      for (char& byte : expected) byte = byte == '|' ? separator : byte;
-      EXPECT_EQ(BytesOf(*block), expected);
-      EXPECT_EQ(block->GetRecordCount(), c.records) << c.bytes;
-      EXPECT_EQ(block->GetFieldCount(), c.fields) << c.bytes;
+      std::string expected = bytesAndCounts;
+      std::replace(expected.begin(), expected.end(), '|', separator);
+      EXPECT_EQ(BytesOf(*block) + " " + std::to_string(block->GetRecordCount()) + " " +
+                    std::to_string(block->GetFieldCount()),
+                expected);
     }
   }
+}
+
+TEST(TextWriting, HasNoVectors) {
+  const DataBlockPtr block = NewBlock(TEXT);
+  const std::int16_t number = 1;
+  const std::int32_t price = 1;
+  const double real = 1;
+  const ZULDATE date{1, 1, 2000};
+  const ZULTIME time{1, 1};
+  EXPECT_FALSE(
+      block->AddShortVector(FID{1}, &number, 1) || block->AddLongVector(FID{1}, &price, 1) ||
+      block->AddDoubleVector(FID{1}, &real, 1) || block->AddDateVector(FID{1}, &date, 1) ||
+      block->AddTimeVector(FID{1}, &time, 1) || block->AddStringVector(FID{1}, "a", 1, 2) ||
+      block->AddPriceVector(FID{1}, &price, 105, 1) || block->GetDataSize() != 0);
 }
 
 TEST(TextWriting, RandomFieldsAcrossGrowth) {
@@ -260,7 +221,7 @@ TEST(TextWriting, RandomFieldsAcrossGrowth) {
   const DataBlockPtr block = NewBlock(TEXT);
   std::string expected;
   for (int i = 0; i < 5000; ++i) {
-    const std::string text = A(random() % (i % 100 == 0 ? 90000 : 60));
+    const std::string text = Letters(random() % (i % 100 == 0 ? 90000 : 60));
     const auto number = static_cast<std::int32_t>(random() | 1u);
     const bool asText = random() % 2 == 0;
     EXPECT_TRUE(asText ? block->Add(FID{1}, text.c_str()) : block->Add(FID{1}, number));
@@ -270,43 +231,38 @@ TEST(TextWriting, RandomFieldsAcrossGrowth) {
 }
 
 TEST(TextWriting, TextOfTheBlockItself) {
-  for (const std::size_t length :
-       {60000U, 65533U}) {  // the value, or its separator, moves the bytes
+  // The value, or its separator, moves the bytes.
+  for (const std::size_t length : {60000U, 65533U}) {
     const DataBlockPtr block = NewBlock(CSV);
-    const std::string start = A(length);
+    const std::string start = Letters(length);
     EXPECT_TRUE(block->Add(FID{1}, start.c_str()) && block->Close());
     EXPECT_TRUE(block->Add(FID{2}, static_cast<const char*>(block->GetData()) + 1));
-    EXPECT_TRUE(BytesOf(*block) == start + '\0' + "," + A(length - 1)) << length;
+    EXPECT_TRUE(BytesOf(*block) == start + '\0' + "," + Letters(length - 1)) << length;
   }
 }
 
 TEST(TextReading, Pairs) {
-  const struct {
-    std::string text;
-    Pairs pairs;
-  } cases[] = {
-      {"1,a,2,b\n3,c\n", {{1, "a"}, {2, "b"}, {3, "c"}}},
-      {"1\n2,\r\n3", {{1, "2"}, {0, "3"}}},
-      {"5,\"a\tb\nc\"", {{5, "a\tb\nc"}}},
-      {"5,N/A,6,\" N/A\",7,n/a", {{5, "#2"}, {6, "#2"}, {7, "n/a"}}},
-      {"abc,x, +12z,y,,z", {{0, "x"}, {12, "y"}, {0, "z"}}},
-      {"65535,a,65536,b,65543,c,-1,d", {{65535, "a"}, {0, "b"}, {7, "c"}, {65535, "d"}}},
-      {"7,", {{7, ""}}},
-      {"7", {{-1, "no field"}}},
-      {"7,a,8", {{7, "a"}, {-1, "no field"}}},
-      {"1," + A(300) + ",2,b", {{1, A(255)}, {2, "b"}}},
-      {"", {}},
+  const std::pair<std::string, std::string> cases[] = {
+      {"1,a,2,b\n3,c\n", "1:a 2:b 3:c "},
+      {"1\n2,\r\n3", "1:2 0:3 "},
+      {"5,\"a\tb\nc\"", "5:a\tb\nc "},
+      {"5,N/A,6,\" N/A\",7,n/a", "5:#2 6:#2 7:n/a "},
+      {"abc,x, +12z,y,,z", "0:x 12:y 0:z "},
+      {"65535,a,65536,b,65543,c,-1,d", "65535:a 0:b 7:c 65535:d "},
+      {"7,", "7: "},
+      {"7,a,8", "7:a none "},
+      {"1," + Letters(300) + ",2,b", "1:" + Letters(255) + " 2:b "},
+      {"", ""},
   };
-  for (const auto& c : cases) {
+  for (const auto& [given, fields] : cases) {
     for (const auto& [format, comma] : {std::pair{TEXT, ','}, {TEXT, '\t'}, {CSV, '\t'}}) {
-      std::string text = c.text;
-      for (char& byte : text) byte = byte == ',' ? comma : byte;
+      std::string text = given;
+      std::replace(text.begin(), text.end(), ',', comma);
       SCOPED_TRACE(testing::PrintToString(text));
       const DataBlockPtr block = Wrapped(text.c_str(), format);
-      const bool any = !c.pairs.empty();
-      EXPECT_EQ(CurrentPair(*block), any ? c.pairs[0] : Pair(-1, "no field"));  // as it was made
-      EXPECT_EQ(block->FirstRecord(), any);
-      EXPECT_EQ(WalkFields(*block), c.pairs);
+      const std::string first = Current(*block) + " ";  // as it was made
+      EXPECT_EQ(block->FirstRecord() ? first : "", fields.substr(0, fields.find(' ') + 1));
+      EXPECT_EQ(Walk(*block), fields);
       EXPECT_FALSE(block->NextField() || block->GetCurrentField(nullptr));
       EXPECT_EQ(block->GetCurrentFieldId(), 0);
     }
@@ -316,23 +272,19 @@ TEST(TextReading, Pairs) {
 TEST(TextReading, RecordsAndFields) {
   const DataBlockPtr block = Wrapped("1,a,2,b\n3,c\n1,d\n");
   EXPECT_TRUE(block->NextField() && block->GetCurrentField(nullptr));
-  EXPECT_EQ(CurrentPair(*block), Pair(2, "b"));  // reading leaves the cursor
-  EXPECT_TRUE(block->FirstField() && block->NextField());
-  EXPECT_EQ(CurrentPair(*block), Pair(2, "b"));
-  EXPECT_TRUE(block->FindField(FID{1}));
-  EXPECT_EQ(CurrentPair(*block), Pair(1, "a"));
-  EXPECT_TRUE(block->FindField(FID{3}));
-  EXPECT_EQ(CurrentPair(*block), Pair(3, "c"));
+  EXPECT_EQ(Current(*block) + Current(*block), "2:b2:b");  // reading leaves the cursor
+  EXPECT_TRUE(block->FirstField() && block->NextField() && Current(*block) == "2:b");
+  EXPECT_TRUE(block->FindField(FID{1}) && Current(*block) == "1:a");
+  EXPECT_TRUE(block->FindField(FID{3}) && Current(*block) == "3:c");
   CDataItem item(FID{8}, std::int32_t{9});
-  EXPECT_FALSE(block->GetField(FID{4}, &item) || block->NextField());
-  EXPECT_TRUE(item.GetId() == 8 && item.GetLong() == 9);
+  EXPECT_FALSE(block->GetField(FID{4}, &item) || block->NextField() || item.GetId() != 8);
   EXPECT_TRUE(block->GetField(FID{2}, &item) && item.GetId() == 2);
   EXPECT_STREQ(item.GetString(), "b");
-  for (const Pairs& pairs : {Pairs{{3, "c"}, {1, "d"}}, Pairs{{1, "d"}}, Pairs{}, Pairs{}}) {
-    EXPECT_EQ(block->NextRecord(), !pairs.empty());
-    EXPECT_EQ(WalkFields(*block), pairs);
+  for (const std::string fields : {"3:c 1:d ", "1:d ", "", ""}) {
+    EXPECT_EQ(block->NextRecord(), !fields.empty());
+    EXPECT_EQ(Walk(*block), fields);
   }
-  EXPECT_TRUE(block->FirstRecord() && WalkFields(*block).size() == 4);
+  EXPECT_TRUE(block->FirstRecord() && Walk(*block) == "1:a 2:b 3:c 1:d ");
   EXPECT_FALSE(Wrapped("1,a")->NextRecord());
 }
 
@@ -341,14 +293,12 @@ TEST(TextReading, WrittenBlockIsWalkedUpToItsFirstClose) {
   EXPECT_TRUE(block->Add(FID{1}, 5) && block->Add(FID{2}, 1.5) && block->EndRecord());
   EXPECT_FALSE(block->FirstRecord() || block->NextRecord() || block->FirstField() ||
                block->NextField() || block->FindField(FID{5}) || block->GetCurrentField(nullptr));
-  const Pairs pairs = {{5, "1.5000"}};
-  EXPECT_TRUE(block->Close() && block->FirstRecord());
-  EXPECT_TRUE(block->Add(FID{1}, "9,unseen"));
-  EXPECT_EQ(WalkFields(*block), pairs);
-  EXPECT_TRUE(block->Add(FID{1}, A(1000000).c_str()));  // moves the bytes from under the walk
+  EXPECT_TRUE(block->Close() && block->FirstRecord() && block->Add(FID{1}, "9,unseen"));
+  EXPECT_EQ(Walk(*block), "5:1.5000 ");
+  EXPECT_TRUE(block->Add(FID{1}, Letters(1000000).c_str()));  // moves the bytes from under the walk
   EXPECT_FALSE(block->FirstField() || block->NextField() || block->NextRecord());
   EXPECT_TRUE(block->FirstRecord());
-  EXPECT_EQ(WalkFields(*block), pairs);
+  EXPECT_EQ(Walk(*block), "5:1.5000 ");
   EXPECT_FALSE(block->NextRecord());
 }
 
@@ -358,7 +308,7 @@ TEST(TextReading, WrappedTextIsNotWritten) {
   EXPECT_TRUE(block->NextField());
   for (const Step& step : {Step{kStart}, Step{kEnd}, Step{kClose}, Step{"a"}, Step{""}, Step{7}}) {
     EXPECT_FALSE(std::visit(Writer{*block}, step)) << "alternative " << step.index();
-    EXPECT_EQ(CurrentPair(*block), Pair(2, "b")) << "alternative " << step.index();
+    EXPECT_EQ(Current(*block), "2:b") << "alternative " << step.index();
     EXPECT_EQ(block->GetDataSize() + block->GetRecordCount() + block->GetFieldCount(), 0);
   }
   EXPECT_TRUE(block->GetData() == text && std::strcmp(text, "1,a\n2,b\n") == 0);

@@ -1,28 +1,19 @@
+#include <gtest/gtest.h>
 #include <wqdata/items/dataitem.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <climits>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
-#include <string>
-#include <tuple>
-#include <utility>
 
 #include "support.h"
 
 namespace {
 
-using wqd::CDataItem;
-using wqd_test::DecimalComma;
-using wqd_test::Exact;
+using namespace wqd;
+using namespace wqd_test;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -56,69 +47,51 @@ bool lies_inside(const CDataItem& item) {
   return item.GetString() >= begin && item.GetString() < begin + sizeof item;
 }
 
+/// Type, size, and what the conversions to byte, short, long, double and text give.
+std::string converted(CDataItem item) {
+  const bool integral = item.GetType() == TYPE_LONG || item.GetType() == TYPE_INT;
+  EXPECT_EQ(item.GetLength(), item.GetSize()) << observed(item);
+  EXPECT_EQ(item.IsIntegralType(), integral) << observed(item);
+  EXPECT_EQ(item.IsNull(), item.GetType() == TYPE_ERROR) << observed(item);
+  char numbers[128];
+  std::snprintf(numbers, sizeof numbers, "%d %d %d %d %d %.10g ", item.GetType(), item.GetSize(),
+                item.GetByte(), item.GetShort(), item.GetLong(), item.GetFloat());
+  return numbers + std::string(item.GetString());
+}
+
 TEST(Item, ConvertsByItsType) {
-  constexpr auto kNoShort = MISSING_SHORT;
-  constexpr auto kNoLong = MISSING_LONG;
-  constexpr auto kNone = MISSING_DOUBLE;
   CDataItem grown = text_item(std::string(2000, 'x'));
   grown.Set(FID{7}, -DBL_MAX);
-  const struct {
-    CDataItem item;
-    int type, size, byte;
-    std::int16_t asShort;
-    std::int32_t asLong;
-    double asFloat;
-    std::string text;
-  } rows[] = {
-      {{FID{7}, 5.0}, 1, 8, 0, kNoShort, kNoLong, 5.0, "5.0000"},
-      {{FID{7}, -0.00004}, 1, 8, 0, kNoShort, kNoLong, -0.00004, "-0.0000"},
-      {{FID{7}, kNan}, 1, 8, 0, kNoShort, kNoLong, kNan, "nan"},
-      {grown, 1, 8, 0, kNoShort, kNoLong, -DBL_MAX, by_snprintf(-DBL_MAX)},
-      {{FID{7}, 65537}, 2, 4, 0, 1, 65537, 65537.0, "65537"},
-      {{FID{7}, -3}, 2, 4, 0, -3, -3, -3.0, "-3"},
-      {{FID{7}, 0x12348000}, 2, 4, 0, kNoShort, 0x12348000, 305430528.0, "305430528"},
-      {{FID{7}, -INT_MAX}, 2, 4, 0, 1, -INT_MAX, -2147483647.0, "-2147483647"},
-      {{FID{7}, std::int16_t{300}}, 3, 2, 44, 300, 300, 300.0, "300"},
-      {short_item(-2), 3, 2, 254, -2, -2, -2.0, "-2"},
-      {text_item(""), 6, 1, 0, 0, 0, 0.0, ""},
-      {text_item("abc"), 6, 4, 'a', 0, 0, 0.0, "abc"},
-      {text_item("\xE9t"), 6, 3, 0xE9, 0, 0, 0.0, "\xE9t"},
-      {text_item("12.5"), 6, 5, '1', 12, 12, 12.5, "12.5"},
-      {text_item(" -7e2x"), 6, 7, ' ', -7, -7, -700.0, " -7e2x"},
-      {text_item("70000"), 6, 6, '7', 4464, 70000, 70000.0, "70000"},
-      {text_item("2147483648"), 6, 11, '2', -1, INT_MAX, 2147483648.0, "2147483648"},
-      {text_item("-99999999999"), 6, 13, '-', 0, INT_MIN, -99999999999.0, "-99999999999"},
-      {text_item("101 2/8"), 6, 8, '1', 101, 101, 101.25, "101 2/8"},
-      {text_item("101^08+"), 6, 8, '1', 101, 101, 101.265625, "101^08+"},
-      {text_item("12/31/2004"), 6, 11, '1', 12, 12, kNone, "12/31/2004"},
-      {text_item("5 ^"), 6, 4, '5', 5, 5, kNone, "5 ^"},
-      {CDataItem(), 101, 2, 0, kNoShort, kNoLong, kNone, "N/A"},
-      {{FID{7}, 42, true}, 101, 2, 0, kNoShort, kNoLong, kNone, "N/A"},
+  const std::pair<CDataItem, std::string> rows[] = {
+      {{FID{7}, 5.0}, "1 8 0 -32768 -2147483648 5 5.0000"},
+      {{FID{7}, -0.00004}, "1 8 0 -32768 -2147483648 -4e-05 -0.0000"},
+      {grown, "1 8 0 -32768 -2147483648 -1.797693135e+308 " + by_snprintf(-DBL_MAX)},
+      {{FID{7}, 65537}, "2 4 0 1 65537 65537 65537"},
+      {{FID{7}, 0x12348000}, "2 4 0 -32768 305430528 305430528 305430528"},
+      {{FID{7}, -INT_MAX}, "2 4 0 1 -2147483647 -2147483647 -2147483647"},
+      {short_item(300), "3 2 44 300 300 300 300"},
+      {short_item(-2), "3 2 254 -2 -2 -2 -2"},
+      {text_item(""), "6 1 0 0 0 0 "},
+      {text_item("\xE9t"), "6 3 233 0 0 0 \xE9t"},
+      {CDataItem(), "101 2 0 -32768 -2147483648 -100000000 N/A"},
+      {{FID{7}, 42, true}, "101 2 0 -32768 -2147483648 -100000000 N/A"},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(observed(row.item));
-    CDataItem item = row.item;
-    EXPECT_STREQ(item.GetString(), row.text.c_str());
-    EXPECT_EQ(item.GetType(), row.type);
-    EXPECT_EQ(item.GetSize(), row.size);
-    EXPECT_EQ(item.GetLength(), row.size);
-    EXPECT_EQ(item.GetByte(), row.byte);
-    EXPECT_EQ(item.GetShort(), row.asShort);
-    EXPECT_EQ(item.GetLong(), row.asLong);
-    EXPECT_EQ(Exact(item.GetFloat()), Exact(row.asFloat));
-    EXPECT_EQ(item.IsIntegralType(), row.type == TYPE_LONG || row.type == TYPE_INT);
-    EXPECT_EQ(item.IsNull(), row.type == TYPE_ERROR);
+  for (const auto& [item, expected] : rows) EXPECT_EQ(converted(item), expected);
+  for (const auto& [text, numbers] : Rows(R"(
+         abc => 6 4 97 0 0 0 | 12.5 => 6 5 49 12 12 12.5 | ~-7e2x => 6 7 32 -7 -7 -700
+         70000 => 6 6 55 4464 70000 70000 | 2147483648 => 6 11 50 -1 2147483647 2147483648
+         -99999999999 => 6 13 45 0 -2147483648 -1e+11
+         101 2/8 => 6 8 49 101 101 101.25 | 101^08+ => 6 8 49 101 101 101.265625
+         12/31/2004 => 6 11 49 12 12 -100000000 | 5 ^ => 6 4 53 5 5 -100000000)")) {
+    EXPECT_EQ(converted(text_item(text)), numbers + " " + text);
   }
 }
 
 TEST(Item, HoldsErrorsAndIdentifiers) {
-  EXPECT_EQ(CDataItem().GetId(), 0);
-  EXPECT_EQ(CDataItem().GetError(), 1);
+  EXPECT_TRUE(CDataItem().GetId() == 0 && CDataItem().GetError() == 1);
   CDataItem item(FID{65535}, MISSING_SHORT, true);
-  EXPECT_EQ(item.GetId(), 65535);
-  EXPECT_EQ(item.GetError(), MISSING_SHORT);
-  EXPECT_EQ(short_item(42).GetError(), 0);
-  EXPECT_EQ(text_item("42").GetError(), 0);
+  EXPECT_TRUE(item.GetId() == 65535 && item.GetError() == MISSING_SHORT);
+  EXPECT_TRUE(short_item(42).GetError() == 0 && text_item("42").GetError() == 0);
   item.Set(FID{8}, "text", -1);
   item.SetId(FID{0});
   EXPECT_EQ(observed(item), observed(CDataItem(FID{0}, "text", 4)));
@@ -126,44 +99,20 @@ TEST(Item, HoldsErrorsAndIdentifiers) {
   EXPECT_EQ(observed(item), observed(CDataItem(FID{9}, 0, true)));
 }
 
-/// A double near the marker, as many units in its last place away.
-double near_missing(int units) { return MISSING_DOUBLE + units * 0x1p-26; }
-
-template <class Value>
-void expect_held(const CDataItem& item, const Value& value, int type) {
-  EXPECT_EQ(item.GetType(), type) << testing::PrintToString(value);
-  EXPECT_EQ(item.GetId(), 7) << testing::PrintToString(value);
-  EXPECT_EQ(item.GetError(), type == TYPE_ERROR ? 2 : 0) << testing::PrintToString(value);
-}
-
 TEST(Item, TurnsMarkersIntoErrors) {
-  expect_held(short_item(-32768), -32768, TYPE_ERROR);
-  expect_held(short_item(-32767), -32767, TYPE_INT);
-  const std::pair<int, int> longs[] = {
-      {INT_MIN, TYPE_ERROR}, {INT_MIN + 1, TYPE_LONG}, {-32768, TYPE_LONG}};
-  for (const auto& [value, type] : longs) expect_held(CDataItem(FID{7}, value), value, type);
-
-  constexpr int kLastInBand = 671088;  // 0.01 is 671088.64 units
-  const std::pair<double, int> doubles[] = {{-99999999.999999, TYPE_ERROR},
-                                            {near_missing(kLastInBand), TYPE_ERROR},
-                                            {near_missing(kLastInBand + 1), TYPE_DOUBLE},
-                                            {near_missing(-kLastInBand), TYPE_ERROR},
-                                            {near_missing(-kLastInBand - 1), TYPE_DOUBLE},
-                                            {99999999.999999, TYPE_DOUBLE},
-                                            {kNan, TYPE_DOUBLE},
-                                            {-kInfinity, TYPE_DOUBLE}};
-  for (const auto& [value, type] : doubles) {
-    expect_held(CDataItem(FID{7}, value), Exact(value), type);
-  }
-
-  const std::tuple<const char*, int, int> texts[] = {
-      {nullptr, 5, TYPE_ERROR},  {"N/A", -1, TYPE_ERROR},   {"N/A", 1, TYPE_ERROR},
-      {"N/A\0x", 5, TYPE_ERROR}, {"N/A.", -1, TYPE_STRING}, {"N/A.", 3, TYPE_STRING},
-      {"n/a", -1, TYPE_STRING},  {"N/", -1, TYPE_STRING},   {"", -1, TYPE_STRING}};
-  for (const auto& row : texts) {
-    const auto& [text, length, type] = row;
-    expect_held(CDataItem(FID{7}, text, length), row, type);
-  }
+  constexpr int kLastInBand = 671088;  // 0.01 is 671088.64 units in the last place of the marker
+  const auto near = [](int units) { return MISSING_DOUBLE + units * 0x1p-26; };
+  const CDataItem missing[] = {short_item(-32768),          {FID{7}, INT_MIN},
+                               {FID{7}, near(kLastInBand)}, {FID{7}, near(-kLastInBand)},
+                               {FID{7}, nullptr, 5},        {FID{7}, "N/A", 1},
+                               {FID{7}, "N/A\0x", 5}};
+  for (const CDataItem& item : missing) EXPECT_EQ(observed(item), observed({FID{7}, 2, true}));
+  const double doubles[] = {near(kLastInBand + 1), near(-kLastInBand - 1), 99999999.999999, kNan,
+                            -kInfinity};
+  for (const double value : doubles) EXPECT_FALSE(CDataItem(FID{7}, value).IsNull()) << value;
+  for (const int value : {INT_MIN + 1, -32768}) EXPECT_FALSE(CDataItem(FID{7}, value).IsNull());
+  EXPECT_FALSE(short_item(-32767).IsNull());
+  for (const char* text : {"N/A.", "n/a", "N/", ""}) EXPECT_FALSE(text_item(text).IsNull()) << text;
   // The fourth byte decides as the text is stored; a copy and a move see a NUL there.
   CDataItem cut(FID{7}, "N/A.", 3);
   EXPECT_STREQ(cut.GetString(), "N/A");
@@ -175,9 +124,7 @@ TEST(Item, PrintsWithinItsBuffer) {
   const std::pair<CDataItem, std::string> rows[] = {
       {{FID{7}, -1234.56789}, "-1234.5679"},
       {{FID{7}, -DBL_MAX}, by_snprintf(-DBL_MAX)},
-      {{FID{7}, INT_MAX}, "2147483647"},
-      {short_item(-32767), "-32767"},
-      {text_item("abcdef"), "abcdef"},
+      {{FID{7}, -INT_MAX}, "-2147483647"},
       {text_item({"ab\0cd", 5}), "ab"},
       {text_item(std::string(700, 'x')), std::string(700, 'x')},
       {text_item(""), ""},
@@ -200,30 +147,23 @@ TEST(Item, PrintsWithinItsBuffer) {
   EXPECT_LT(text_item("x").Print(nullptr, 0), 0);
 }
 
-void expect_printed_as_by_snprintf(double value) {
-  EXPECT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);
-}
-
-TEST(Item, PrintsDoublesAsSnprintfDoes) {
-  for (const double value : {DBL_MAX, DBL_MIN, DBL_TRUE_MIN, DBL_EPSILON, kInfinity, kNan, 0.0,
-                             0.00005, 0.00015, 0.03125, 2.00005, 1e15 + 0.3, 0.99995, 9999.99995}) {
-    expect_printed_as_by_snprintf(value);
-    expect_printed_as_by_snprintf(-value);
-  }
+TEST(Item, PrintsDoublesAsSnprintfDoesAndWithAPointInEveryLocale) {
+  std::vector<double> values = {DBL_MAX, DBL_MIN,    DBL_TRUE_MIN, DBL_EPSILON, kInfinity,
+                                kNan,    0.0,        0.00005,      0.00015,     0.03125,
+                                2.00005, 1e15 + 0.3, 0.99995,      9999.99995};
   std::mt19937_64 random(3);
-  for (int i = 0; i < 20000 && !HasFailure(); ++i) {
-    expect_printed_as_by_snprintf(std::bit_cast<double>(random()));
-    expect_printed_as_by_snprintf(static_cast<double>(random() >> (random() % 64)) / 32768.0);
+  for (int i = 0; i < 20000; ++i) {
+    values.push_back(std::bit_cast<double>(random()));
+    values.push_back(static_cast<double>(random() >> (random() % 64)) / 32768.0);
   }
-}
-
-TEST(Item, KeepsThePointInALocaleWithAComma) {
+  for (const double value : values) {
+    ASSERT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);
+    ASSERT_EQ(CDataItem(FID{7}, -value).GetString(), by_snprintf(-value)) << Exact(value);
+  }
   const DecimalComma locale;
-  if (!locale.InForce()) GTEST_SKIP() << "no locale with a decimal comma on this system";
+  if (!locale.InForce()) GTEST_SKIP() << "no locale with a decimal comma: not shown in one";
   EXPECT_STREQ(CDataItem(FID{7}, 1234567.5).GetString(), "1234567.5000");
-  EXPECT_STREQ(CDataItem(FID{7}, 1234567).GetString(), "1234567");
-  EXPECT_EQ(text_item("12.5").GetFloat(), 12.5);
-  EXPECT_EQ(text_item("12,5").GetFloat(), 12.0);
+  EXPECT_TRUE(text_item("12.5").GetFloat() == 12.5 && text_item("12,5").GetFloat() == 12.0);
   EXPECT_EQ(text_item("0x1.8p1").GetFloat(), 3.0);
 }
 
@@ -237,7 +177,6 @@ TEST(Item, StoresTextsOfAnyLengthAndByte) {
     EXPECT_EQ(std::string(item.GetString(), length + 1), text + '\0') << length;
     EXPECT_EQ(lies_inside(item), length <= 511) << length;
     const CDataItem copy = item;
-    EXPECT_EQ(std::string(copy.GetString(), length + 1), text + '\0') << length;
     item.Set(FID{7}, "!", 1);
     EXPECT_EQ(std::string(copy.GetString(), length + 1), text + '\0') << length;
   }
@@ -258,8 +197,7 @@ TEST(Item, GrowsToTwiceTheNeedAndNeverShrinks) {
     EXPECT_EQ(item.GetString() != buffer, grows) << length;
     buffer = item.GetString();
     item.Set(FID{7}, 1.5);
-    EXPECT_TRUE(item.GetString() == buffer) << length;
-    EXPECT_STREQ(buffer, "1.5000") << length;
+    EXPECT_TRUE(item.GetString() == buffer && std::strcmp(buffer, "1.5000") == 0) << length;
   }
   const std::string before = observed(item);
   item.Set(FID{8}, "too long", INT_MAX);
@@ -306,9 +244,7 @@ TEST(Item, MovesWhatACopyWouldGive) {
       const char* const text = moved.GetString();
       const CDataItem built(std::move(moved));
       EXPECT_EQ(observed(built), observed(CDataItem(source)));
-      if (source.GetSize() > 512) {
-        EXPECT_EQ(static_cast<const void*>(built.GetString()), text);
-      }
+      EXPECT_TRUE(source.GetSize() <= 512 || built.GetString() == text);
       from.Set(FID{6}, large.c_str(), 800);  // used again, and apart from what it gave away
       moved = from;
       EXPECT_EQ(observed(moved), observed(CDataItem(FID{6}, large.c_str(), 800)));

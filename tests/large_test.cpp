@@ -1,42 +1,23 @@
 // Blocks that only a 64-bit system with a few GiB of free memory can hold.
 #include <gtest/gtest.h>
-#include <wqdata/blocks/datablock.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <fstream>
-#include <string>
-#include <vector>
 
 #include "support.h"
 
-// clang tells of its sanitizers in another way than g++.
-#if !defined(__has_feature)
-#define __has_feature(feature) 0
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||       \
-    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
-    __has_feature(memory_sanitizer)
-#define WQDATA_TEST_SANITIZED 1
-#endif
-
 namespace {
 
-using wqd::CDataBlock;
-using wqd::DataBlockPtr;
+using namespace wqd;
+using namespace wqd_test;
 
 constexpr std::size_t kMiB = 1u << 20;
 
-DataBlockPtr NewBlock() { return DataBlockPtr(CDataBlock::NewDataBlock(TEXT)); }
-
 /// Why a test that needs `mib` MiB can't run here; empty if it can.
 std::string Obstacle(std::size_t mib) {
-#if defined(WQDATA_TEST_SANITIZED)
-  return "a sanitizer takes too much memory";
-#endif
+  if (kSanitized) return "a sanitizer takes too much memory";
   if (sizeof(void*) < 8) return "no 64-bit system";
   std::ifstream info("/proc/meminfo");
   for (std::string word; info >> word;) {
@@ -48,11 +29,11 @@ std::string Obstacle(std::size_t mib) {
 
 TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
   if (const std::string obstacle = Obstacle(3000); !obstacle.empty()) GTEST_SKIP() << obstacle;
-  const DataBlockPtr block = NewBlock();
+  const DataBlockPtr block = NewBlock(TEXT);
   ASSERT_TRUE(block->Add(FID{1}, "1,a") && block->EndRecord() && block->Close());
   std::int64_t size = block->GetDataSize();
   const std::int64_t start = size;
-  const wqd_test::LogCapture log;
+  const LogCapture log;
   for (std::size_t length = 64 * kMiB; length > 0; length /= 2) {
     const std::string text(length, 'A');
     while (block->StartRecord() && block->Add(FID{2}, text.c_str())) {
@@ -78,7 +59,7 @@ TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
 double TimeOfAByte(std::size_t mib) {
   const std::string text(4095, 'A');
   const std::clock_t begin = std::clock();
-  const DataBlockPtr block = NewBlock();
+  const DataBlockPtr block = NewBlock(TEXT);
   bool done = true;
   for (std::size_t i = 0; i < mib * kMiB / 4096; ++i)
     done = done && block->Add(FID{1}, text.c_str());

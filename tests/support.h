@@ -2,17 +2,34 @@
 #ifndef WQDATA_TESTS_SUPPORT_H_
 #define WQDATA_TESTS_SUPPORT_H_
 
+#include <gtest/gtest.h>
+#include <wqdata/blocks/datablock.h>
 #include <wqdata/service/servicelib.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+// clang tells of its sanitizers in another way than g++.
+#if !defined(__has_feature)
+#define __has_feature(feature) 0
+#endif
+
 namespace wqd_test {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||       \
+    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
+    __has_feature(memory_sanitizer)
+inline constexpr bool kSanitized = true;
+#else
+inline constexpr bool kSanitized = false;
+#endif
 
 /// Collects the lines of the log, with their levels, from its construction to its end, which
 /// restores the default sink. One at a time; any thread may log meanwhile.
@@ -64,6 +81,42 @@ inline std::string Exact(double value) {
   char text[64];
   std::snprintf(text, sizeof text, "%.17g (%a)", value, value);
   return text;
+}
+
+/// The texts of a table, which stand on lines of their own or with " | " between them. Blanks
+/// around a text are not part of it; a "~" in it stands for a blank.
+inline std::vector<std::string> Texts(std::string_view table) {
+  std::vector<std::string> texts;
+  while (!table.empty()) {
+    const std::size_t end = std::min({table.find(" | "), table.find('\n'), table.size()});
+    std::string text(table.substr(0, end));
+    table.remove_prefix(std::min(end + (table.substr(end, 1) == " " ? 3 : 1), table.size()));
+    text.erase(0, text.find_first_not_of(' ')).erase(text.find_last_not_of(' ') + 1);
+    std::replace(text.begin(), text.end(), '~', ' ');
+    if (!text.empty()) texts.push_back(text);
+  }
+  return texts;
+}
+
+/// The rows "input => expected" of such a table; nothing in front of the arrow is an empty input.
+inline std::vector<std::pair<std::string, std::string>> Rows(std::string_view table) {
+  std::vector<std::pair<std::string, std::string>> rows;
+  for (const std::string& row : Texts(table)) {
+    const std::size_t arrow = row.find("=> ");
+    if (arrow == std::string::npos) ADD_FAILURE() << "a row without an arrow: " << row;
+    rows.emplace_back(row.substr(0, arrow == 0 ? 0 : arrow - 1), row.substr(arrow + 3));
+  }
+  return rows;
+}
+
+inline std::string Letters(std::size_t count) { return std::string(count, 'A'); }
+
+inline wqd::DataBlockPtr NewBlock(cf_id format) {
+  return wqd::DataBlockPtr(wqd::CDataBlock::NewDataBlock(format));
+}
+
+inline std::string BytesOf(wqd::CDataBlock& block) {
+  return {static_cast<const char*>(block.GetData()), static_cast<std::size_t>(block.GetDataSize())};
 }
 
 }  // namespace wqd_test

@@ -24,8 +24,8 @@ enum cf_id : std::int32_t {
   Btrieve = 6,     ///< opaque bytes
 };
 
-/// Type codes of an item, and the type words of fields in the binary encodings. 4, 9, 10, 14 and
-/// 19 are not in use.
+/// Type codes of an item, and the type words of fields in the binary encodings. 0, 4, 9, 10, 14
+/// and 19 are not in use.
 inline constexpr int TYPE_DOUBLE = 1;          ///< 64-bit floating point
 inline constexpr int TYPE_LONG = 2;            ///< signed 32 bits
 inline constexpr int TYPE_INT = 3;             ///< signed 16 bits
@@ -71,16 +71,32 @@ struct ZULTIME {
 /// A price as a number, with its base code: how the price is scaled and written.
 struct FPN {
   alignas(8) double value;  ///< the number itself, missing near MISSING_DOUBLE
-  std::int16_t baseCode;
+  std::int16_t baseCode;    ///< the low 16 bits of a code, sign-extended when read
 };
 
 /// A price as an integer in the scale of its base code, packed without a gap.
 #pragma pack(push, 1)
 struct LPACK {
-  std::uint16_t baseCode;
-  std::int32_t price;  ///< missing when MISSING_LONG
+  std::uint16_t baseCode;  ///< the low 16 bits of a code, zero-extended when read
+  std::int32_t price;      ///< missing when MISSING_LONG
 };
 #pragma pack(pop)
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+/// A reading of a calendar clock, in the layout of the platform that has one.
+struct SYSTEMTIME {
+  std::uint16_t wYear;
+  std::uint16_t wMonth;      ///< 1 to 12
+  std::uint16_t wDayOfWeek;  ///< 0 for Sunday to 6
+  std::uint16_t wDay;
+  std::uint16_t wHour;
+  std::uint16_t wMinute;
+  std::uint16_t wSecond;
+  std::uint16_t wMilliseconds;
+};
+#endif
 
 static_assert(sizeof(ZULDATE) == 4 && offsetof(ZULDATE, day) == 0 &&
               offsetof(ZULDATE, month) == 1 && offsetof(ZULDATE, year) == 2);
@@ -88,5 +104,6 @@ static_assert(sizeof(ZULTIME) == 4 && offsetof(ZULTIME, minutes) == 0 &&
               offsetof(ZULTIME, seconds) == 2);
 static_assert(sizeof(FPN) == 16 && offsetof(FPN, value) == 0 && offsetof(FPN, baseCode) == 8);
 static_assert(sizeof(LPACK) == 6 && offsetof(LPACK, baseCode) == 0 && offsetof(LPACK, price) == 2);
+static_assert(sizeof(SYSTEMTIME) == 16 && offsetof(SYSTEMTIME, wDay) == 6);
 
 #endif  // WQDATA_TYPES_H_

@@ -51,6 +51,25 @@ cf_id CDataBlock::GetFormat() { return m_format; }
 
 bool CDataBlock::IsReadOnly() { return m_readOnly; }
 
+bool CDataBlock::Add(FID id, const ZULTIME& value) {
+  CDataItem item(id, value);
+  return Add(item);
+}
+
+bool CDataBlock::Add(FID id, const CZulTime& value) { return Add(id, static_cast<ZULTIME>(value)); }
+
+bool CDataBlock::Add(FID id, const ZULDATE& value) {
+  CDataItem item(id, value);
+  return Add(item);
+}
+
+bool CDataBlock::Add(FID id, const CZulDate& value) { return Add(id, static_cast<ZULDATE>(value)); }
+
+bool CDataBlock::Add(FID id, const CFixPtNum& value) {
+  CDataItem item(id, value);
+  return Add(item);
+}
+
 bool CDataBlock::Add(FID id, double value) {
   CDataItem item(id, value);
   return Add(item);

@@ -19,6 +19,9 @@ WQDATA_API const char* CfName(cf_id format);
 namespace wqd {
 
 class CDataItem;
+class CFixPtNum;
+class CZulDate;
+class CZulTime;
 
 /// The root of the block classes.
 class WQDATA_API CDeletable {
@@ -125,8 +128,14 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// Finishes the record and counts it.
   virtual bool EndRecord() = 0;
 
-  /// Append one field. A number that equals the missing marker of its type (types.h) is written as
-  /// an error field of value 2.
+  /// Append one field. A value that equals the missing marker of its type (types.h) is written as
+  /// an error field of value 2. A price that its base code can't hold has no long price and no
+  /// text: it arrives as missing.
+  virtual bool Add(FID id, const ZULTIME& value);
+  virtual bool Add(FID id, const CZulTime& value);
+  virtual bool Add(FID id, const ZULDATE& value);
+  virtual bool Add(FID id, const CZulDate& value);
+  virtual bool Add(FID id, const CFixPtNum& value);
   virtual bool Add(FID id, double value);
   virtual bool Add(FID id, std::int32_t value);
   virtual bool Add(FID id, std::int16_t value);

@@ -1,26 +1,15 @@
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <new>
-#include <string_view>
+#include <utility>
 
 #include <wqdata/items/dataitem.h>
+#include <wqdata/items/missing.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
 
 namespace wqd {
 namespace {
-
-constexpr std::int16_t kNeverSet = 1;
-constexpr std::int16_t kMissing = 2;
-constexpr char kMissingText[] = "N/A";
-
-bool is_missing(double value) { return std::abs(MISSING_DOUBLE - value) < 0.01; }
-
-/// Stops at the first byte that differs, so that a shorter text is not read past its NUL.
-bool is_missing(const char* text) {
-  return text == nullptr || std::strncmp(text, kMissingText, sizeof kMissingText) == 0;
-}
 
 std::int16_t low_16_bits(std::int32_t value) { return static_cast<std::int16_t>(value); }
 
@@ -74,8 +63,9 @@ CDataItem::~CDataItem() {
   if (OwnsStringBuffer()) delete[] m_string;
 }
 
-/// Sets up the buffers and nothing else: constructors of numbers fill in no more than they must.
+/// The string buffer stays as it is: constructors fill in no more than they must.
 void CDataItem::Initialize() {
+  std::memset(&m_value, 0, sizeof m_value);
   m_vector = nullptr;
   m_string = m_buffer;
   m_capacity = kEmbeddedCapacity;
@@ -90,7 +80,7 @@ void CDataItem::ReplaceStringBuffer(char* buffer, std::uint32_t capacity) {
 }
 
 void CDataItem::Set(FID id, std::int16_t value) {
-  if (value == MISSING_SHORT) return SetError(id, kMissing);
+  if (is_missing(value)) return SetError(id, kMissing);
   m_id = id;
   m_type = TYPE_INT;
   m_size = sizeof value;
@@ -98,7 +88,7 @@ void CDataItem::Set(FID id, std::int16_t value) {
 }
 
 void CDataItem::Set(FID id, std::int32_t value) {
-  if (value == MISSING_LONG) return SetError(id, kMissing);
+  if (is_missing(value)) return SetError(id, kMissing);
   m_id = id;
   m_type = TYPE_LONG;
   m_size = sizeof value;
@@ -158,8 +148,8 @@ void CDataItem::TakeOver(CDataItem& other) {
   if (fits) {
     Copy(other);
   } else {
-    ReplaceStringBuffer(other.m_string, other.m_capacity);
-    other.Initialize();
+    ReplaceStringBuffer(std::exchange(other.m_string, other.m_buffer),
+                        std::exchange(other.m_capacity, kEmbeddedCapacity));
     m_id = other.m_id;
     m_type = other.m_type;
     m_size = other.m_size;
@@ -223,6 +213,7 @@ double CDataItem::ConvertToFloat() const {
   switch (m_type) {
     case TYPE_LONG: return m_value.asLong;
     case TYPE_INT: return m_value.asShort;
+    case TYPE_LPACK: return m_value.asPrice.value;
     case TYPE_STRING: {
       const bool fraction = std::strpbrk(m_string, "/^") != nullptr;
       return fraction ? service::fraction_to_double(m_string) : service::text_to_double(m_string);
@@ -246,6 +237,9 @@ int CDataItem::Print(char* buffer, int size) const {
       return service::put_text(service::decimal_text(m_value.asLong, room), buffer, size);
     case TYPE_INT:
       return service::put_text(service::decimal_text(m_value.asShort, room), buffer, size);
+    case TYPE_LPACK: return CFixPtNum(m_value.asPrice).Print(buffer, size);
+    case TYPE_DATE: return CZulDate(m_value.asDate).Print(buffer, size);
+    case TYPE_TIME: return CZulTime(m_value.asTime).Print(buffer, size);
     case TYPE_STRING: return service::put_text(m_string, buffer, size);
     case TYPE_ERROR: return service::put_text(kMissingText, buffer, size);
     default: return 0;

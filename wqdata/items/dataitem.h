@@ -5,11 +5,15 @@
 
 #include <wqdata/export.h>
 #include <wqdata/types.h>
+#include <wqdata/values/date.h>
+#include <wqdata/values/fixptnum.h>
+#include <wqdata/values/time.h>
 
 namespace wqd {
 
-/// The value of one field: an identifier, a type code, and a number, a text or an error marker.
-/// Blocks take an item for each field that is added and fill one for each field that is read.
+/// The value of one field: an identifier, a type code, and a number, a price, a date, a time, a
+/// text or an error marker. Blocks take an item for each field that is added and fill one for each
+/// field that is read.
 ///
 /// One rule shapes the class: a value that equals its type's missing marker (types.h) is never
 /// held as a value. It makes the item a TYPE_ERROR item of that identifier with error value 2, and
@@ -48,6 +52,11 @@ class WQDATA_API CDataItem {
   CDataItem(FID id, std::int32_t value);
   CDataItem(FID id, double value);
   CDataItem(FID id, const char* text, int length);
+  CDataItem(FID id, const CFixPtNum& value);
+  CDataItem(FID id, const CZulDate& value);
+  CDataItem(FID id, const ZULDATE& value);
+  CDataItem(FID id, const CZulTime& value);
+  CDataItem(FID id, const ZULTIME& value);
 
   /// With `isError` false as `Set(id, value)`. With `isError` true the error item of error value
   /// `value`, without a test for a marker.
@@ -60,6 +69,16 @@ class WQDATA_API CDataItem {
   void Set(FID id, std::int16_t value);
   void Set(FID id, std::int32_t value);
   void Set(FID id, double value);
+
+  /// Store a price, with the low 16 bits of its base code; a date, cut to the widths of a ZULDATE;
+  /// a time as minutes and seconds. A price less than 0.01 from MISSING_DOUBLE, a date whose month
+  /// is 0 and a time whose minutes are MISSING_TIME_MINUTES give the error item of `id` with error
+  /// value 2. Nothing else is tested: month 13 is stored.
+  void Set(FID id, const CFixPtNum& value);
+  void Set(FID id, const CZulDate& value);
+  void Set(FID id, const ZULDATE& value);
+  void Set(FID id, const CZulTime& value);
+  void Set(FID id, const ZULTIME& value);
 
   /// Stores a copy of the first `length` bytes of `text`, or with a negative `length` of all
   /// before its first NUL; the copy is NUL-ended. `text` may be this item's own text or lie in it.
@@ -87,8 +106,8 @@ class WQDATA_API CDataItem {
   /// The type code, one of the TYPE_ constants.
   int GetType() const;
 
-  /// The size of the value: bytes of a number (2 of an error value); bytes of a text with its NUL.
-  /// `GetLength` is the same number.
+  /// The size of the value: bytes of a number (a price 16, a date or time 4, an error value 2);
+  /// bytes of a text with its NUL. `GetLength` is the same number.
   int GetSize() const;
   int GetLength();
 
@@ -111,10 +130,25 @@ class WQDATA_API CDataItem {
   std::int32_t GetLong() const;
 
   /// The value as a double. A text that holds "/" or "^" anywhere is read as a fraction of a price
-  /// (`101 2/8`, `1/2`, `101^08`, the whole part at most 2^44; MISSING_DOUBLE if it is none), any
+  /// (`101 2/8`, `1/2`, `101^08`, the whole part at most 2^54; MISSING_DOUBLE if it is none), any
   /// other as `atof` reads it, with a decimal point in every locale. Types without a number give
   /// MISSING_DOUBLE.
   double GetFloat() const;
+
+  /// The value as a price: a double with base code 110, a long or short with 101, a text as a price
+  /// in any notation. Types without a price give base code 0 and MISSING_DOUBLE.
+  CFixPtNum GetFPN() const;
+
+  /// The value as a date; of a text, what `CZulDate::Scan` leaves. A year below 100 passes through
+  /// the rule of two-digit years. Types without a date give the zero date.
+  CZulDate GetDate() const;
+
+  /// The value as a time; a long or short counts minutes, a text is read by `CZulTime::Scan`. Types
+  /// without a time give MISSING_TIME_SECONDS.
+  CZulTime GetTime() const;
+
+  /// The base code of a TYPE_LPACK item. For other types the result has no meaning.
+  std::int16_t GetBaseCode() const;
 
   /// The value as text: a text itself, for any other type what `Print` writes, empty if it writes
   /// nothing. The result lives in this item, until the next `GetString` of a value that is no text,
@@ -123,12 +157,14 @@ class WQDATA_API CDataItem {
 
   /// Writes the value's text into `buffer`, touching at most `size` bytes: "%.4f" of a double (315
   /// characters at the most, a decimal point in every locale), "%d" of a long or short, a text up
-  /// to its first NUL, "N/A" of an error item. Other types write nothing, with the result 0.
+  /// to its first NUL, "N/A" of an error item, a price in the notation of its base code, a date as
+  /// "mm/dd/yyyy", a time as "hh:mm:ss". Other types write nothing, with the result 0.
   ///
   /// This is not the rule of snprintf. A text shorter than `size` is written with its NUL, and the
   /// result is its length. A text of exactly `size` characters is written without a NUL, and the
   /// result is `size`. Of a longer one the first `size` characters are written without a NUL, and
-  /// the result is negative. A negative `size` counts as 0, for which `buffer` may be null.
+  /// the result is negative. A negative `size` counts as 0, for which `buffer` may be null. A price
+  /// alone does not look at `size`: it needs room for 24 bytes.
   int Print(char* buffer, int size) const;
 
  private:
@@ -152,6 +188,9 @@ class WQDATA_API CDataItem {
   std::int32_t ConvertToLong() const;
   double ConvertToFloat() const;
   const char* ConvertToString() const;
+  CFixPtNum ConvertToFPN() const;
+  CZulDate ConvertToDate() const;
+  CZulTime ConvertToTime() const;
 
   FID m_id;
   int m_type;

@@ -15,7 +15,7 @@
 namespace wqd::service {
 namespace {
 
-constexpr std::uint64_t kLargestWhole = std::uint64_t{1} << 44;
+constexpr std::uint64_t kLargestWhole = std::uint64_t{1} << 54;
 constexpr std::uint64_t kLargestDenominator = 256;
 
 /// Null for no digits at `at`, and for a number that no whole part may have.
@@ -80,6 +80,10 @@ const char* read_unsigned(const char* at, Fraction& out) {
 
 }  // namespace
 
+std::uint64_t scaled(const Fraction& parts) {
+  return (parts.whole << parts.scaleBits) + parts.numerator;
+}
+
 bool parse_fraction(const char* text, Fraction& out) {
   if (text == nullptr) return false;
   out = Fraction{};
@@ -93,8 +97,7 @@ bool parse_fraction(const char* text, Fraction& out) {
 double fraction_to_double(const char* text) {
   Fraction parts;
   if (!parse_fraction(text, parts)) return MISSING_DOUBLE;
-  const double value =
-      static_cast<double>(parts.whole) + std::ldexp(parts.numerator, -parts.scaleBits);
+  const double value = std::ldexp(static_cast<double>(scaled(parts)), -parts.scaleBits);
   return parts.negative ? -value : value;
 }
 

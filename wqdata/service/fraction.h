@@ -13,8 +13,8 @@ namespace wqd::service {
 ///     101^08+     half a 32nd more: numerator 17, scaleBits 6
 ///     101^082     eighths of a 32nd: numerator 66, scaleBits 8
 ///
-/// The fraction is below 1. The whole part may be left out (`1/8`, `^08`) and is at most 2^44, so
-/// that every value is exact as a double.
+/// The fraction is below 1. The whole part may be left out (`1/8`, `^08`) and is at most 2^54,
+/// beyond every price.
 struct Fraction {
   std::uint64_t whole = 0;
   std::uint32_t numerator = 0;
@@ -22,6 +22,9 @@ struct Fraction {
   int caretDigits = 0;  ///< digits behind the caret, 0 for the notation with a slash
   bool negative = false;
 };
+
+/// The value in units of its fraction: whole × 2^scaleBits + numerator, below 2^63.
+std::uint64_t scaled(const Fraction& parts);
 
 /// Reads a text in one of the notations, blanks around it allowed. False for a null pointer and
 /// for any other text; `out` is then undefined.

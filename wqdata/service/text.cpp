@@ -88,6 +88,28 @@ std::string_view decimal_text(std::int32_t value, NumberText& room) {
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 
+TextWriter& TextWriter::Put(char c) {
+  if (m_length < m_text.size()) m_text[m_length++] = c;
+  return *this;
+}
+
+TextWriter& TextWriter::Plain(std::int64_t number) { return Padded(number, 0); }
+
+TextWriter& TextWriter::Padded(std::int64_t number, int width) {
+  std::array<char, 24> digits;
+  const std::uint64_t magnitude =
+      number < 0 ? 0 - static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
+  const char* const end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), magnitude).ptr;
+  std::ptrdiff_t zeros = width - (end - digits.data()) - (number < 0 ? 1 : 0);
+  if (number < 0) Put('-');
+  for (; zeros > 0; --zeros) Put('0');
+  for (const char* digit = digits.data(); digit != end; ++digit) Put(*digit);
+  return *this;
+}
+
+std::string_view TextWriter::Text() const { return {m_text.data(), m_length}; }
+
 bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 const char* skip_space(const char* text) {

@@ -3,6 +3,7 @@
 #define WQDATA_SERVICE_TEXT_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -22,6 +23,23 @@ std::string_view fixed_text(double value, NumberText& room);
 
 /// What printf writes for "%d". The view is into `room`.
 std::string_view decimal_text(std::int32_t value, NumberText& room);
+
+/// Composes a short text of numbers and signs: 63 characters at the most, which no date, time or
+/// price exceeds.
+class TextWriter {
+ public:
+  TextWriter& Put(char c);
+
+  /// As printf writes for "%d", and for "%0*d": `width` counts the sign.
+  TextWriter& Plain(std::int64_t number);
+  TextWriter& Padded(std::int64_t number, int width = 2);
+
+  std::string_view Text() const;
+
+ private:
+  std::array<char, 63> m_text;
+  std::size_t m_length = 0;
+};
 
 /// The white space of the C locale.
 bool is_space(char c);

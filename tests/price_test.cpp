@@ -1,0 +1,251 @@
+// Prices: base codes, notations, rounding, and the price class.
+#include <gtest/gtest.h>
+#include <wqdata/service/operations.h>
+#include <wqdata/values/fixptnum.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+
+#include "support.h"
+
+namespace {
+
+using namespace wqd;
+using namespace wqd::service;
+using namespace wqd_test;
+
+constexpr int kRounds = kSanitized ? 20'000 : 1'000'000;
+constexpr int kCodes[] = {0,  1,   2,   3,   4,   5,   6,   7,   8,   15,  16, 17,
+                          18, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110};
+
+/// Of a price of the floating code.
+int ExponentOf(std::int32_t price) { return (price & 0xF) >= 8 ? (price & 0xF) - 16 : price & 0xF; }
+
+std::int32_t FromDouble(double value, int code) {
+  std::int32_t price = 12345;
+  price_from_double(value, code, price);
+  return price;
+}
+
+std::string ToText(int code, std::int32_t price) {
+  char buffer[kPriceTextSize + 8];
+  std::memset(buffer, '#', sizeof buffer);
+  price_to_string(code, price, buffer);
+  EXPECT_EQ(buffer[kPriceTextSize], '#') << "past the room for a price, code " << code;
+  return buffer;
+}
+
+std::pair<int, std::int32_t> FromText(const char* text) {
+  int code = -1;
+  std::int32_t price = 12345;
+  price_from_string(text, code, price);
+  return {code, price};
+}
+
+TEST(Prices, AreWrittenInTheNotationOfTheirCode) {
+  // Of code 110: 16 times the mantissa, and the lowest four bits of the exponent.
+  for (const auto& [given, text] : Rows(R"(
+         0 101 => 101 | 0 -7 => -7 | 1 203 => 101 1/2 | 3 810 => 101 2/8 | 3 -2 => -0 2/8
+         8 -2147483647 => -8388607 255/256 | 15 3240 => 101^08 | 15 31 => 0^31 | 16 6480 => 101^08
+         16 6481 => 101^08+ | 17 12960 => 101^080 | 17 12961 => 101^082 | 18 25923 => 101^083
+         18 -1 => -0^001 | 101 101 => 101 | 102 -5 => -0.5 | 105 1012500 => 101.2500
+         109 2147483647 => 21.47483647 | 109 -1 => -0.00000001 | 110 162014 => 101.25
+         110 -65 => -0.5 | 110 2147483639 => 1342177270000000 | 110 0 => 0
+         110 -2147483640 => -1.34217728 | 5 -2147483648 => N/A | 110 -2147483648 => N/A | 9 5 => N/A
+         111 5 => N/A | -1 5 => N/A | 14 5 => N/A | 19 5 => N/A | 100 5 => N/A)")) {
+    int code = 0;
+    std::int32_t price = 0;
+    ASSERT_EQ(std::sscanf(given.c_str(), "%d %d", &code, &price), 2);
+    EXPECT_EQ(ToText(code, price), text) << given;
+  }
+}
+
+/// "105:1012500": the code and the price; the mantissa and the exponent of the floating code.
+std::string Read(const char* text) {
+  const auto [code, price] = FromText(text);
+  if (price == MISSING_LONG) return "none " + std::to_string(code);
+  if (code != 110) return std::to_string(code) + ":" + std::to_string(price);
+  return std::to_string(price >> 4) + "e" + std::to_string(ExponentOf(price));
+}
+
+TEST(Prices, AreReadWithTheCodeThatTheNotationShows) {
+  for (const auto& [text, price] : Rows(R"(
+         101 => 101:101 | 101. => 101:101 | 101.25 => 103:10125 | .5 => 102:5 | -0.5 => 102:-5
+         ~+101.2500~ => 105:1012500 | -0 => 101:0 | 21.47483647 => 109:2147483647 | 1 1/8 => 3:9
+         -0 1/8 => 3:-1 | 1/2 => 1:1 | 1   3/256 => 8:259 | ^08 => 15:8 | ^08+ => 16:17
+         101^082 => 18:25922 | 101^083 => 18:25923 | 10000000^002 => 17:1280000001)")) {
+    EXPECT_EQ(Read(text.c_str()), price) << text;
+  }
+  // What the scale can't hold is nearest in the floating code, of which the finest scale counts.
+  for (const auto& [text, price] : Rows(R"(
+         10000000^001 => 10000000e0 | 21.47483648 => 21474836e-6 | 2147483648 => 21474836e2
+         536870912 1/4 => 53687091e1 | 0.123456785 => 12345679e-8 | -0.123456785 => -12345679e-8
+         0.1234567849999999999999999999 => 12345678e-8 | 0.0000000001 => 0e0
+         13421772840 => 134217727e2 | 13421772850 => 13421773e3 | 1342177270000000 => 134217727e7
+         -1.342177280 => -134217728e-8)")) {
+    EXPECT_EQ(Read(text.c_str()), price) << text;
+  }
+  EXPECT_EQ(Read(nullptr) + Read(""), "none 0none 0");
+  for (const std::string& text : Texts(R"(
+         1342177275000000 | 99999999999999999999999999 | ~ | - | . | N/A | 1e5 | 1,5 | --1 | 1 1/3
+         1 8/8 | ^32 | ^8 | ^088 | ^08+1 | 1.5 1/2 | 0x10 | inf | 12/31/2004)")) {
+    EXPECT_EQ(Read(text.c_str()), "none 0") << text;
+  }
+}
+
+TEST(Prices, RoundTheExactValueOnceHalvesAwayFromZero) {
+  // 0.285 and 1.005 lie just below the half in binary, though the product rounds onto it.
+  for (const auto& [given, price] : Rows(R"(
+         0.5 0 => 1 | -0.5 0 => -1 | 0.49999999999999994 0 => 0 | 2.5 0 => 3 | -0.0 105 => 0
+         1.0625 3 => 9 | 1.0624999999999998 3 => 8 | 0.285 103 => 28 | 1.005 103 => 100
+         0.125 103 => 13 | -0.125 103 => -13 | 2147483647.4 101 => 2147483647
+         2147483647.5 101 => -2147483648 | -2147483647.4 101 => -2147483647
+         -2147483648.0 101 => -2147483648 | 4503599627370497.5 101 => -2147483648
+         1e300 110 => -2147483648 | 5e-324 109 => 0 | 101.25 110 => 162014
+         134217728.0 110 => 2147483632 | 134217728.5 110 => 214748369 | 1e15 110 => 1600000007
+         1342177274999999.0 110 => 2147483639 | 1342177279999999.0 110 => -2147483648
+         nan 105 => -2147483648 | inf 110 => -2147483648 | -inf 0 => -2147483648
+         1.0 9 => -2147483648 | 1.0 111 => -2147483648)")) {
+    double value = 0;
+    int code = 0;
+    ASSERT_EQ(std::sscanf(given.c_str(), "%lf %d", &value, &code), 2);
+    EXPECT_EQ(std::to_string(FromDouble(value, code)), price) << given;
+  }
+}
+
+// Long double holds value × scale exactly enough to judge every case but a tie, which is exact.
+TEST(Prices, AreNeverFurtherThanHalfAStepFromTheNumber) {
+  std::mt19937_64 random(1);
+  std::uniform_real_distribution<double> exponent(-20, 31);
+  for (int i = 0; i < 200000; ++i) {
+    const double value =
+        std::ldexp(static_cast<double>(random() >> 11) * 0x1p-53, int(exponent(random)));
+    const int decimals = static_cast<int>(random() % 9);
+    const long double scaled = static_cast<long double>(value) * std::pow(10.0L, decimals);
+    const std::int32_t price = FromDouble(value, 101 + decimals);
+    if (scaled >= 2147483647.5L) {
+      ASSERT_EQ(price, MISSING_LONG) << value << ' ' << decimals;
+    } else {
+      ASSERT_LE(std::fabs(scaled - price), 0.5L) << value << ' ' << decimals;
+    }
+  }
+}
+
+TEST(Prices, PrintedAndReadBackAreTheSameInEveryCodeAndLocale) {
+  const DecimalComma locale;
+  std::mt19937 random(2);
+  for (const int code : kCodes) {
+    const std::int32_t bounds[] = {0,   1,    -1,   2147483647, -2147483647, 255,
+                                   256, -255, -256, 31,         -33};
+    for (int i = 0; i < kRounds; ++i) {
+      const bool small = i % 4 == 0;  // fractions between -1 and 1, and just below a whole number
+      std::int32_t price = i < 11 ? bounds[i] : static_cast<std::int32_t>(random());
+      if (small && i >= 11) price = price % 1024;
+      if (price == MISSING_LONG) continue;
+      double written = 0;
+      double read = 1;
+      ASSERT_NE(price_to_double(code, price, written), 0);
+      const std::string text = ToText(code, price);
+      const auto [readCode, readPrice] = FromText(text.c_str());
+      ASSERT_NE(price_to_double(readCode, readPrice, read), 0);
+      ASSERT_EQ(written, read) << "code " << code << " price " << price << " text " << text;
+      ASSERT_TRUE(code == 110 || FromDouble(written, code) == price) << code << ' ' << price;
+    }
+  }
+  if (!locale.InForce())
+    GTEST_SKIP() << "no locale with a decimal comma here: shown in the C locale alone";
+}
+
+TEST(Prices, OfTheFloatingCodeComeBackWithoutSpareZeros) {
+  std::mt19937 random(3);
+  for (int i = 0; i < kRounds; ++i) {
+    const auto price = static_cast<std::int32_t>(random());
+    double value = 0;
+    ASSERT_NE(price_to_double(110, price, value), 0);
+    const std::int32_t again = FromDouble(value, 110);
+    double same = 1;
+    price_to_double(110, again, same);
+    ASSERT_EQ(value, same) << price;
+    ASSERT_FALSE(ExponentOf(again) < 0 && (again >> 4) % 10 == 0) << price;
+  }
+}
+
+/// "3:101.25": the base code and the value.
+std::string Shown(const CFixPtNum& price) {
+  char text[64];
+  std::snprintf(text, sizeof text, "%d:%.8g", price.GetBaseCode(), static_cast<double>(price));
+  return text;
+}
+
+TEST(Price, KeepsCodeAndValueAsItsConstructorsSay) {
+  EXPECT_EQ(Shown(CFixPtNum(std::int32_t{810}, 3)), "3:101.25");
+  EXPECT_EQ(Shown(CFixPtNum(std::int32_t{810}, 99)), "99:0");
+  EXPECT_EQ(Shown(CFixPtNum(FPN{1.5, -2})), "-2:1.5");
+  EXPECT_EQ(Shown(CFixPtNum(LPACK{0xFFFE, 5})), "65534:0");
+  EXPECT_EQ(Shown(CFixPtNum(MISSING_LONG, 77)), "77:-1e+08");
+  EXPECT_EQ(Shown(CFixPtNum("101^08+")), "16:101.26562");
+  EXPECT_EQ(Shown(CFixPtNum("no price")), "0:-1e+08");
+  const CFixPtNum wide(1.0, 0x1FFFE);
+  EXPECT_EQ(static_cast<LPACK>(wide).baseCode, 0xFFFE);
+  EXPECT_EQ(static_cast<FPN>(wide).baseCode, -2);
+}
+
+TEST(Price, OfTheMissingBandIsMissing) {
+  for (const double value : {MISSING_DOUBLE, -99999999.995, MISSING_DOUBLE + 0.005}) {
+    char text[kPriceTextSize];
+    const CFixPtNum price(value, 101);
+    EXPECT_EQ(static_cast<std::int32_t>(price), MISSING_LONG) << value;
+    EXPECT_EQ(price.Print(text, 0), 3) << value;
+    EXPECT_STREQ(text, "N/A");
+  }
+  EXPECT_EQ(static_cast<std::int32_t>(CFixPtNum(-99999999.98, 101)), -100000000);
+}
+
+/// Which of == != < <= > >= hold.
+template <typename Other>
+std::string Holding(const CFixPtNum& a, const Other& b) {
+  const bool holds[] = {a == b, a != b, (a < b), a <= b, (a > b), a >= b};
+  std::string shown = "=!<l>g";
+  for (std::size_t i = 0; i < 6; ++i) shown[i] = holds[i] ? shown[i] : ' ';
+  return shown;
+}
+
+TEST(Price, ComparesWithATolerance) {
+  const struct {
+    double a, b;
+    const char* holds;
+  } cases[] = {
+      {1.0, 1.000009, "=  l g"},     {1.0, 1.00002, " !<l  "},      {1.00002, 1.0, " !  >g"},
+      {0.0, 0.00001, " ! l  "},      {0.00001, 0.0, " !   g"},  // exactly the tolerance apart
+      {std::nan(""), 1.0, " !    "}, {1.0, std::nan(""), " !    "},
+  };
+  for (const auto& [a, b, holds] : cases) {
+    EXPECT_EQ(Holding(CFixPtNum(a, 3), CFixPtNum(b, 105)), holds) << a << ' ' << b;
+    EXPECT_EQ(Holding(CFixPtNum(a, 3), b), holds) << a << ' ' << b;
+  }
+}
+
+TEST(Price, SumsTakeTheHigherCodeAndNothingIsRescaled) {
+  const CFixPtNum eighths(1.125, 3);
+  const CFixPtNum decimal(1.5, 103);
+  EXPECT_EQ(Shown(eighths + decimal), "103:2.625");
+  EXPECT_EQ(Shown(decimal + eighths), "103:2.625");
+  EXPECT_EQ(Shown(eighths - decimal), "103:-0.375");
+  EXPECT_EQ(Shown(eighths / 0.0), "3:inf");
+  EXPECT_EQ(Shown(eighths * 2.0 - 1.0 + 0.5), "3:1.75");
+}
+
+TEST(Price, ConvertsFractionCodesToDecimalCodes) {
+  const std::pair<int, int> cases[] = {{0, 101},       {3, 104},    {8, 109},   {15, 106},
+                                       {18, 109},      {9, 9},      {103, 103}, {110, 110},
+                                       {0x10003, 104}, {-1, 0xFFFF}};
+  for (const auto& [before, after] : cases) {
+    CFixPtNum price(1.5, before);
+    EXPECT_EQ(price.ConvertNumericBaseCode(), before != after) << before;
+    EXPECT_EQ(Shown(price), std::to_string(after) + ":1.5") << before;
+  }
+}
+
+}  // namespace

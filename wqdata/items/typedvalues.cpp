@@ -1,0 +1,111 @@
+// Prices, dates and times in an item: held as packed records, built as classes when asked for.
+
+#include <wqdata/items/dataitem.h>
+#include <wqdata/items/missing.h>
+
+namespace wqd {
+namespace {
+
+constexpr int kCodeOfDoubles = 110;
+constexpr int kCodeOfIntegers = 101;
+
+CZulTime minutes_since_midnight(std::int32_t minutes) {
+  CZulTime time;
+  time.Set(0, minutes, 0);
+  return time;
+}
+
+}  // namespace
+
+CDataItem::CDataItem(FID id, const CFixPtNum& value) {
+  Initialize();
+  Set(id, value);
+}
+
+CDataItem::CDataItem(FID id, const CZulDate& value) {
+  Initialize();
+  Set(id, value);
+}
+
+CDataItem::CDataItem(FID id, const ZULDATE& value) {
+  Initialize();
+  Set(id, value);
+}
+
+CDataItem::CDataItem(FID id, const CZulTime& value) {
+  Initialize();
+  Set(id, value);
+}
+
+CDataItem::CDataItem(FID id, const ZULTIME& value) {
+  Initialize();
+  Set(id, value);
+}
+
+void CDataItem::Set(FID id, const CFixPtNum& value) {
+  const FPN price = value;
+  if (is_missing(price)) return SetError(id, kMissing);
+  m_id = id;
+  m_type = TYPE_LPACK;
+  m_size = sizeof price;
+  m_value.asPrice = price;
+}
+
+void CDataItem::Set(FID id, const CZulDate& value) { Set(id, static_cast<ZULDATE>(value)); }
+
+void CDataItem::Set(FID id, const ZULDATE& value) {
+  if (is_missing(value)) return SetError(id, kMissing);
+  m_id = id;
+  m_type = TYPE_DATE;
+  m_size = sizeof value;
+  m_value.asDate = value;
+}
+
+void CDataItem::Set(FID id, const CZulTime& value) { Set(id, static_cast<ZULTIME>(value)); }
+
+void CDataItem::Set(FID id, const ZULTIME& value) {
+  if (is_missing(value)) return SetError(id, kMissing);
+  m_id = id;
+  m_type = TYPE_TIME;
+  m_size = sizeof value;
+  m_value.asTime = value;
+}
+
+CFixPtNum CDataItem::GetFPN() const {
+  return m_type == TYPE_LPACK ? CFixPtNum(m_value.asPrice) : ConvertToFPN();
+}
+
+CZulDate CDataItem::GetDate() const {
+  return m_type == TYPE_DATE ? CZulDate(m_value.asDate) : ConvertToDate();
+}
+
+CZulTime CDataItem::GetTime() const {
+  return m_type == TYPE_TIME ? CZulTime(m_value.asTime) : ConvertToTime();
+}
+
+std::int16_t CDataItem::GetBaseCode() const { return m_value.asPrice.baseCode; }
+
+CFixPtNum CDataItem::ConvertToFPN() const {
+  switch (m_type) {
+    case TYPE_DOUBLE: return {m_value.asDouble, kCodeOfDoubles};
+    case TYPE_LONG: return {m_value.asLong, kCodeOfIntegers};
+    case TYPE_INT: return {std::int32_t{m_value.asShort}, kCodeOfIntegers};
+    case TYPE_STRING: return CFixPtNum(m_string);
+    default: return {MISSING_DOUBLE, 0};
+  }
+}
+
+CZulDate CDataItem::ConvertToDate() const {
+  return m_type == TYPE_STRING ? CZulDate(m_string) : CZulDate();
+}
+
+CZulTime CDataItem::ConvertToTime() const {
+  switch (m_type) {
+    case TYPE_LONG: return minutes_since_midnight(m_value.asLong);
+    case TYPE_INT: return minutes_since_midnight(m_value.asShort);
+    case TYPE_STRING: return CZulTime(m_string);
+    default: return CZulTime(MISSING_TIME_SECONDS);
+  }
+}
+
+}  // namespace wqd

@@ -1,0 +1,64 @@
+/// Rounding of exact numbers to prices.
+///
+/// A number reaches these functions as twice its magnitude in units of a scale, rounded down: that
+/// tells the nearest whole number and on which side of a half it lies, and no rounding comes
+/// before the one that counts.
+#ifndef WQDATA_SERVICE_ROUNDING_H_
+#define WQDATA_SERVICE_ROUNDING_H_
+
+#include <cstdint>
+
+#include <wqdata/service/basecode.h>
+#include <wqdata/types.h>
+
+namespace wqd::service {
+
+/// Stands for any number that no scale holds.
+inline constexpr std::uint64_t kTooLarge = std::uint64_t{1} << 62;
+
+/// floor(2 × `magnitude` × `factor`), exactly; `kTooLarge` from 2^61 on. `magnitude` is finite and
+/// not negative, `factor` at most 10^8.
+std::uint64_t twice_scaled(double magnitude, std::uint64_t factor);
+
+constexpr std::uint64_t half_rounded_up(std::uint64_t twice) { return (twice + 1) / 2; }
+
+/// A price of `magnitude` and sign; MISSING_LONG for one beyond 32 bits.
+constexpr std::int32_t signed_price(bool negative, std::uint64_t magnitude) {
+  if (magnitude > INT32_MAX) return MISSING_LONG;
+  const auto price = static_cast<std::int32_t>(magnitude);
+  return negative ? -price : price;
+}
+
+/// Drops the zeros that a mantissa has to spare behind the point.
+constexpr FloatingPrice without_trailing_zeros(FloatingPrice price) {
+  while (price.exponent < 0 && price.mantissa % 10 == 0) {
+    price.mantissa /= 10;
+    ++price.exponent;
+  }
+  return price;
+}
+
+/// The price of the floating code nearest to a number, halves away from zero, or MISSING_LONG.
+/// `twice(e)` is floor(2 × magnitude / 10^e). The finest scale that holds the number is taken; the
+/// last price of a scale is also nearest to what lies before the middle of its gap to the first
+/// price of the next coarser one.
+template <typename Twice>
+std::int32_t nearest_floating(bool negative, Twice twice) {
+  constexpr std::uint64_t kMostMantissa = FloatingPrice::kMostMantissa;
+  constexpr std::uint64_t kFirstOfCoarser = (kMostMantissa / 10 + 1) * 10;
+  for (int e = FloatingPrice::kLeastExponent; e <= FloatingPrice::kMostExponent; ++e) {
+    const std::uint64_t most = negative && e != 0 ? kMostMantissa + 1 : kMostMantissa;
+    const std::uint64_t doubled = twice(e);
+    std::uint64_t mantissa = half_rounded_up(doubled);
+    const bool inGap = doubled < most + kFirstOfCoarser && e < FloatingPrice::kMostExponent;
+    if (mantissa > most && !inGap) continue;
+    mantissa = mantissa > most ? most : mantissa;
+    const auto magnitude = static_cast<std::int32_t>(mantissa);
+    return pack_floating(without_trailing_zeros({negative ? -magnitude : magnitude, e}));
+  }
+  return MISSING_LONG;
+}
+
+}  // namespace wqd::service
+
+#endif  // WQDATA_SERVICE_ROUNDING_H_

@@ -1,0 +1,234 @@
+#include <array>
+
+#include <wqdata/service/clock.h>
+#include <wqdata/service/text.h>
+#include <wqdata/values/date.h>
+
+namespace {
+
+constexpr int kEpochYear = 1970;
+constexpr int kLastValidYear = 2035;
+constexpr int kLastNumberedYear = 2099;
+constexpr int kEpochWeekday = 4;  // day number 1 is a Thursday
+constexpr int kDaysInYear = 365;
+constexpr int kDaysInFourYears = 4 * kDaysInYear + 1;
+
+constexpr std::array<std::uint8_t, 12> kDaysInMonth = {31, 28, 31, 30, 31, 30,
+                                                       31, 31, 30, 31, 30, 31};
+constexpr std::array<std::int16_t, 13> kDaysBeforeMonth = {0,   31,  59,  90,  120, 151, 181,
+                                                           212, 243, 273, 304, 334, 365};
+constexpr std::array<const char*, 12> kMonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+bool is_month(std::int64_t month) { return month >= 1 && month <= 12; }
+
+std::int32_t wrapped(std::int64_t number) { return static_cast<std::int32_t>(number); }
+
+/// Numbers of a date on their way through a calculation that a 32-bit year may not hold.
+struct WideDate {
+  std::int64_t year;
+  std::int64_t month;
+  std::int64_t day;
+};
+
+constexpr std::int64_t floor_divide(std::int64_t a, std::int64_t b) {
+  return a / b - (a % b < 0 ? 1 : 0);
+}
+
+/// Days from 1 January of year 0 to a date with a real month.
+constexpr std::int64_t serial_day(const WideDate& date) {
+  const std::int64_t leapDays = floor_divide(date.year + 3, 4);  // of the years before
+  const bool leapDay = date.month > 2 && date.year % 4 == 0;
+  return date.year * kDaysInYear + leapDays +
+         kDaysBeforeMonth[static_cast<std::size_t>(date.month - 1)] + (leapDay ? 1 : 0) + date.day -
+         1;
+}
+
+/// The inverse. Every fourth year is a leap year and leads its cycle, so a day's place in the cycle
+/// gives the year, and its place in the year the month.
+WideDate date_of_serial(std::int64_t serial) {
+  const std::int64_t cycle = floor_divide(serial, kDaysInFourYears);
+  const std::int64_t inCycle = serial - cycle * kDaysInFourYears;
+  const bool leap = inCycle <= kDaysInYear;
+  const std::int64_t yearOfCycle = leap ? 0 : (inCycle - 1) / kDaysInYear;
+  std::int64_t dayOfYear = leap ? inCycle : (inCycle - 1) % kDaysInYear;
+  const std::int64_t year = cycle * 4 + yearOfCycle;
+  if (leap && dayOfYear == kDaysBeforeMonth[2]) return {year, 2, 29};
+  if (leap && dayOfYear > kDaysBeforeMonth[2]) --dayOfYear;
+  auto month = static_cast<std::size_t>(dayOfYear / 31);  // this one or the one before
+  if (dayOfYear >= kDaysBeforeMonth[month + 1]) ++month;
+  return {year, static_cast<std::int64_t>(month) + 1, dayOfYear - kDaysBeforeMonth[month] + 1};
+}
+
+WideDate moved(const WideDate& date, std::int64_t days) {
+  return date_of_serial(serial_day(date) + days);
+}
+
+/// `days` steps forward, each of them what a walk day by day does: past the month's end comes day 1
+/// of the next month, and a month outside 1 to 12 has no days, so that each step leaves one.
+WideDate later(WideDate date, std::int64_t days) {
+  const std::int64_t length = DaysInMonth(wrapped(date.month), wrapped(date.year));
+  if (date.day + days <= length) return {date.year, date.month, date.day + days};
+  const std::int64_t toMonthEnd = date.day < length ? length - date.day : 0;
+  days -= toMonthEnd + 1;
+  date = date.month >= 12 ? WideDate{date.year + 1, 1, 1} : WideDate{date.year, date.month + 1, 1};
+  const std::int64_t monthsToJanuary = date.month < 1 ? 1 - date.month : 0;
+  if (days < monthsToJanuary) return {date.year, date.month + days, 1};
+  return moved({date.year, date.month + monthsToJanuary, 1}, days - monthsToJanuary);
+}
+
+/// The same backward: before day 1 comes the last day of the month before, which is day 0 for a
+/// month above 12.
+WideDate earlier(WideDate date, std::int64_t days) {
+  const std::int64_t toFirst = date.day > 1 ? date.day - 1 : 0;
+  if (days <= toFirst) return {date.year, date.month, date.day - days};
+  days -= toFirst + 1;
+  date = date.month <= 1 ? WideDate{date.year - 1, 12, 0} : WideDate{date.year, date.month - 1, 0};
+  const std::int64_t monthsToDecember = date.month > 12 ? date.month - 12 : 0;
+  if (days < monthsToDecember) return {date.year, date.month - days, 0};
+  date.month -= monthsToDecember;
+  date.day = DaysInMonth(wrapped(date.month), wrapped(date.year));
+  return moved(date, monthsToDecember - days);
+}
+
+int weekday_of(std::int64_t dayNumber) {
+  const std::int64_t days = dayNumber + kEpochWeekday - 1;
+  return static_cast<int>(days - floor_divide(days, 7) * 7);
+}
+
+/// Reads three numbers with `separator` between them.
+bool scan_three(const char* text, char separator, std::array<std::int32_t, 3>& numbers) {
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (i > 0 && *text++ != separator) return false;
+    text = wqd::service::scan_int(text, numbers[i]);
+    if (text == nullptr) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int IsLeap(int year) { return year % 4 == 0 ? 1 : 0; }
+
+int DaysInMonth(int month, int year) {
+  if (!is_month(month)) return 0;
+  return kDaysInMonth[static_cast<std::size_t>(month - 1)] + (month == 2 ? IsLeap(year) : 0);
+}
+
+const char* MonthName(int month) {
+  return is_month(month) ? kMonthNames[static_cast<std::size_t>(month - 1)] : "N/A";
+}
+
+int DateToInt(int month, int day, int year) {
+  if (!is_month(month) || year < kEpochYear || year > kLastNumberedYear) return 0;
+  constexpr std::int64_t kEpoch = serial_day({kEpochYear, 1, 1});
+  return wrapped(serial_day({year, month, day}) - kEpoch + 1);
+}
+
+wqd::CZulDate IntToDate(int number) {
+  if (number <= 0) return {1, number, kEpochYear};
+  const WideDate date = moved({kEpochYear, 1, 1}, std::int64_t{number} - 1);
+  return {wrapped(date.month), wrapped(date.day), wrapped(date.year)};
+}
+
+int DayOfWeek(int month, int day, int year) { return weekday_of(DateToInt(month, day, year)); }
+
+wqd::CZulDate Today() {
+  const SYSTEMTIME now = wqd::service::local_now();
+  return {now.wMonth, now.wDay, now.wYear};
+}
+
+std::int32_t SystemTimeToTimeT(const SYSTEMTIME* time) {
+  const std::int64_t days = DateToInt(time->wMonth, time->wDay, time->wYear) - 1;
+  return wrapped(((days * 24 + time->wHour) * 60 + time->wMinute) * 60 + time->wSecond);
+}
+
+namespace wqd {
+
+CZulDate::CZulDate(int month, int day, int year) { Set(month, day, year); }
+
+CZulDate::CZulDate(const char* text) { Scan(text); }
+
+CZulDate::CZulDate(ZULDATE record) { Set(record.month, record.day, record.year); }
+
+void CZulDate::Set(int month, int day, int year) {
+  m_month = month;
+  m_day = day;
+  m_year = year;
+  if (year < 0 || year > 99 || (month == 0 && day == 0 && year == 0)) return;
+  m_year += year >= 70 ? 1900 : 2000;
+}
+
+bool CZulDate::Scan(const char* text) {
+  std::array<std::int32_t, 3> read{};
+  *this = CZulDate();
+  if (text == nullptr) return false;
+  if (!scan_three(text, '/', read) && !scan_three(text, '-', read)) return false;
+  if (is_month(read[0])) {
+    Set(read[0], read[1], read[2]);
+  } else if (read[0] >= kEpochYear && read[0] <= kLastValidYear) {
+    Set(read[1], read[2], read[0]);
+  }
+  return IsValid();
+}
+
+int CZulDate::Print(char* buffer, int size) const {
+  service::TextWriter text;
+  text.Padded(m_month).Put('/').Padded(m_day).Put('/').Plain(m_year);
+  return service::put_text(text.Text(), buffer, size);
+}
+
+bool CZulDate::IsValid() const {
+  return m_year >= kEpochYear && m_year <= kLastValidYear && is_month(m_month) && m_day >= 1 &&
+         m_day <= DaysInMonth(m_month, m_year);
+}
+
+int CZulDate::Compare(const CZulDate& other) const {
+  if (m_year != other.m_year) return m_year < other.m_year ? -1 : 1;
+  if (m_month != other.m_month) return m_month < other.m_month ? -1 : 1;
+  if (m_day != other.m_day) return m_day < other.m_day ? -1 : 1;
+  return 0;
+}
+
+int CZulDate::ConvertToInt() const { return DateToInt(m_month, m_day, m_year); }
+
+CZulDate::operator int() const { return ConvertToInt(); }
+
+int CZulDate::DayOfWeek() const { return ::DayOfWeek(m_month, m_day, m_year); }
+
+CZulDate CZulDate::Add(int days) const { return Moved(days); }
+
+CZulDate CZulDate::operator+(int days) const { return Moved(days); }
+
+CZulDate CZulDate::operator-(int days) const { return Moved(-std::int64_t{days}); }
+
+CZulDate& CZulDate::operator++() { return *this = Moved(1); }
+
+CZulDate& CZulDate::operator--() { return *this = Moved(-1); }
+
+CZulDate CZulDate::Moved(std::int64_t days) const {
+  const WideDate from = {m_year, m_month, m_day};
+  const WideDate to = days > 0 ? later(from, days) : days < 0 ? earlier(from, -days) : from;
+  return {wrapped(to.month), wrapped(to.day), wrapped(to.year)};
+}
+
+int CZulDate::operator-(const CZulDate& other) const {
+  return wrapped(std::int64_t{ConvertToInt()} - other.ConvertToInt());
+}
+
+bool CZulDate::operator==(const CZulDate& other) const { return Compare(other) == 0; }
+
+bool CZulDate::operator<(const CZulDate& other) const { return Compare(other) < 0; }
+
+bool CZulDate::operator<=(const CZulDate& other) const { return Compare(other) <= 0; }
+
+bool CZulDate::operator>(const CZulDate& other) const { return Compare(other) > 0; }
+
+bool CZulDate::operator>=(const CZulDate& other) const { return Compare(other) >= 0; }
+
+CZulDate::operator ZULDATE() const {
+  return {static_cast<std::int8_t>(m_day), static_cast<std::int8_t>(m_month),
+          static_cast<std::uint16_t>(m_year)};
+}
+
+}  // namespace wqd
