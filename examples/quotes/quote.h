@@ -3,13 +3,15 @@
 #define WQDATA_EXAMPLES_QUOTES_QUOTE_H_
 
 #include <array>
-#include <optional>
+#include <cstdio>
 #include <string>
 
 #include <wqdata/types.h>
+#include <wqdata/values/date.h>
+#include <wqdata/values/fixptnum.h>
 
 /// The field identifiers of a record of one day.
-inline constexpr FID kDateField = 1;   ///< "2000-01-03"
+inline constexpr FID kDateField = 1;
 inline constexpr FID kOpenField = 10;  ///< prices in points of the index
 inline constexpr FID kHighField = 11;
 inline constexpr FID kLowField = 12;
@@ -17,38 +19,51 @@ inline constexpr FID kCloseField = 13;
 inline constexpr FID kAdjCloseField = 14;  ///< close, adjusted for dividends and splits
 inline constexpr FID kVolumeField = 20;    ///< shares traded, a whole number
 
-/// The values of one day; a missing one is empty. A day's volume passes the range of 32 bits, so
-/// it is a double as well, which is exact below 2^53.
-struct Quote {
-  std::string date;
-  std::optional<double> open;
-  std::optional<double> high;
-  std::optional<double> low;
-  std::optional<double> close;
-  std::optional<double> adjClose;
-  std::optional<double> volume;
+inline const wqd::CFixPtNum kMissingPrice(MISSING_LONG, 0);
 
-  bool operator==(const Quote&) const = default;
+/// The values of one day; each is missing until it is set. A day's volume passes the range of 32
+/// bits, so it is a double, which is exact below 2^53.
+struct Quote {
+  wqd::CZulDate date;
+  wqd::CFixPtNum open = kMissingPrice;
+  wqd::CFixPtNum high = kMissingPrice;
+  wqd::CFixPtNum low = kMissingPrice;
+  wqd::CFixPtNum close = kMissingPrice;
+  wqd::CFixPtNum adjClose = kMissingPrice;
+  double volume = MISSING_DOUBLE;
 };
 
-/// Ties an identifier to its place in `Quote`.
-struct NumberField {
+/// Ties an identifier to its price in `Quote`.
+struct PriceField {
   FID id;
   const char* name;
-  std::optional<double> Quote::*value;
+  wqd::CFixPtNum Quote::*price;
 };
 
-/// The fields behind the date, in the order of the price file.
-inline constexpr std::array<NumberField, 6> kNumberFields = {{
+/// The prices, in the order of the price file.
+inline constexpr std::array<PriceField, 5> kPriceFields = {{
     {kOpenField, "open", &Quote::open},
     {kHighField, "high", &Quote::high},
     {kLowField, "low", &Quote::low},
     {kCloseField, "close", &Quote::close},
     {kAdjCloseField, "adjclose", &Quote::adjClose},
-    {kVolumeField, "volume", &Quote::volume},
 }};
 
-/// The date and the numbers.
-inline constexpr std::size_t kFieldsPerQuote = 1 + kNumberFields.size();
+/// The date, the prices and the volume.
+inline constexpr std::size_t kFieldsPerQuote = kPriceFields.size() + 2;
+
+/// "2000-01-03", as the price file writes a date.
+inline std::string DateText(const wqd::CZulDate& date) {
+  char text[40];  // the widest numbers that a date may hold fit in
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d", date.Year(), date.Month(), date.Day());
+  return text;
+}
+
+/// The price in the notation of its base code, "N/A" for a missing one.
+inline std::string PriceText(const wqd::CFixPtNum& price) {
+  char text[24];
+  price.Print(text, sizeof text);
+  return text;
+}
 
 #endif  // WQDATA_EXAMPLES_QUOTES_QUOTE_H_

@@ -1,34 +1,32 @@
 #include "quoteblocks.h"
 
-#include <charconv>
 #include <cstdint>
 #include <stdexcept>
+#include <string>
 
 #include <wqdata/items/dataitem.h>
 
 namespace {
 
-bool AddId(wqd::CDataBlock& block, Layout layout, FID id) {
-  return layout == Layout::kValues || block.Add(id, std::int32_t{id});
-}
-
-bool AddNumber(wqd::CDataBlock& block, FID id, const std::optional<double>& number) {
-  return number ? block.Add(id, NumberText(*number).c_str()) : block.Add(id, MISSING_DOUBLE);
+template <typename T>
+bool AddField(wqd::CDataBlock& block, Layout layout, FID id, const T& value) {
+  return (layout == Layout::kValues || block.Add(id, std::int32_t{id})) && block.Add(id, value);
 }
 
 bool AddQuote(wqd::CDataBlock& block, Layout layout, const Quote& quote) {
-  bool done = block.StartRecord() && AddId(block, layout, kDateField) &&
-              block.Add(kDateField, quote.date.c_str());
-  for (const NumberField& field : kNumberFields) {
-    done = done && AddId(block, layout, field.id) && AddNumber(block, field.id, quote.*field.value);
+  bool done = block.StartRecord() && AddField(block, layout, kDateField, quote.date);
+  for (const PriceField& field : kPriceFields) {
+    done = done && AddField(block, layout, field.id, quote.*field.price);
   }
-  return done && block.EndRecord();
+  return done && AddField(block, layout, kVolumeField, quote.volume) && block.EndRecord();
 }
 
+/// The accessors turn a missing value into the marker of their own type.
 void Store(const wqd::CDataItem& item, Quote& quote) {
-  if (item.GetId() == kDateField) quote.date = item.GetString();
-  for (const NumberField& field : kNumberFields) {
-    if (item.GetId() == field.id) quote.*field.value = item.GetFloat();
+  if (item.GetId() == kDateField) quote.date = item.GetDate();
+  if (item.GetId() == kVolumeField) quote.volume = item.GetFloat();
+  for (const PriceField& field : kPriceFields) {
+    if (item.GetId() == field.id) quote.*field.price = item.GetFPN();
   }
 }
 
@@ -39,24 +37,14 @@ Quote ReceiveQuote(wqd::CDataBlock& block, int& missing) {
   bool more = block.FirstField();
   for (std::size_t i = 0; more && i < kFieldsPerQuote; ++i) {
     if (!block.GetCurrentField(&item)) break;
-    if (item.IsNull()) {
-      ++missing;
-    } else {
-      Store(item, quote);
-    }
+    if (item.IsNull()) ++missing;
+    Store(item, quote);
     more = block.NextField();
   }
   return quote;
 }
 
 }  // namespace
-
-std::string NumberText(double number) {
-  char text[400];  // the longest double has some 330 characters
-  const auto [end, error] =
-      std::to_chars(text, text + sizeof text, number, std::chars_format::fixed);
-  return error == std::errc() ? std::string(text, end) : std::string();
-}
 
 wqd::DataBlockPtr BuildQuotes(cf_id format, Layout layout, const std::vector<Quote>& quotes) {
   wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format));

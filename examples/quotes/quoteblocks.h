@@ -2,23 +2,18 @@
 #ifndef WQDATA_EXAMPLES_QUOTES_QUOTEBLOCKS_H_
 #define WQDATA_EXAMPLES_QUOTES_QUOTEBLOCKS_H_
 
-#include <string>
 #include <vector>
 
 #include <wqdata/blocks/datablock.h>
 
 #include "quote.h"
 
-/// The shortest decimal text that reads back as the same number, without an exponent.
-std::string NumberText(double number);
-
 /// What stands in a line: values alone, as in a table, or each behind its identifier, as a feed
 /// sends them. A text block drops identifiers, so for pairs they are written as values.
 enum class Layout { kValues, kPairs };
 
-/// A closed block of `format` with a record for each day. Numbers go in as text, since a text
-/// block writes a double with four decimals; missing ones become "N/A". Throws std::runtime_error
-/// if the block can't take them.
+/// A closed block of `format` with a record for each day. Missing values become "N/A". Throws
+/// std::runtime_error if the block can't take them.
 wqd::DataBlockPtr BuildQuotes(cf_id format, Layout layout, const std::vector<Quote>& quotes);
 
 /// What a walk over a block found.

@@ -2,8 +2,9 @@
 ///
 /// It reads a price file, writes a record for each day as TEXT and as CSV, sends the same days as
 /// pairs of identifier and value, walks the pairs as a receiver would, and compares every value
-/// with the file's. Exit status: 0 if all are equal, 1 for a file that can't be read or a
-/// difference, 2 for a wrong call.
+/// with the one sent. Prices of the file that a price can't hold are rounded, and counted. Exit
+/// status: 0 if all values are equal, 1 for a file that can't be read or a difference, 2 for a
+/// wrong call.
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -27,7 +28,7 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-std::vector<Quote> ReadFile(const char* path) {
+FileQuotes ReadFile(const char* path) {
   const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path, "rb"));
   if (file == nullptr) throw std::runtime_error(std::strerror(errno));
   return ReadQuotes(file.get());
@@ -39,21 +40,23 @@ ReceivedQuotes ReceiveText(void* text, int size) {
   return ReceiveQuotes(*block);
 }
 
-/// Returns whether every value of the file arrived.
-bool Report(const std::vector<Quote>& quotes) {
-  const wqd::DataBlockPtr text = BuildQuotes(TEXT, Layout::kValues, quotes);
-  const wqd::DataBlockPtr csv = BuildQuotes(CSV, Layout::kValues, quotes);
-  const wqd::DataBlockPtr pairs = BuildQuotes(CSV, Layout::kPairs, quotes);
+/// Returns whether every value that was read arrived.
+bool Report(const FileQuotes& file) {
+  const wqd::DataBlockPtr text = BuildQuotes(TEXT, Layout::kValues, file.quotes);
+  const wqd::DataBlockPtr csv = BuildQuotes(CSV, Layout::kValues, file.quotes);
+  const wqd::DataBlockPtr pairs = BuildQuotes(CSV, Layout::kPairs, file.quotes);
   const ReceivedQuotes received = ReceiveText(pairs->GetData(), pairs->GetDataSize());
+  const std::size_t values = file.quotes.size() * kFieldsPerQuote;
+  const std::size_t equal = CountEqualValues(file.quotes, received.quotes);
 
   PrintHistory(stdout, received.quotes);
   std::printf("%-15s %d\n", "missing values", received.missing);
+  std::printf("%-15s %d\n", "rounded prices", file.rounded);
   std::printf("%-15s %d bytes\n", "TEXT block", text->GetDataSize());
   std::printf("%-15s %d bytes\n", "CSV block", csv->GetDataSize());
   std::printf("%-15s %d bytes\n", "pairs", pairs->GetDataSize());
-  std::printf("%-15s %zu of %zu values equal those of the file\n", "received",
-              CountEqualValues(quotes, received.quotes), quotes.size() * kFieldsPerQuote);
-  return received.quotes == quotes;
+  std::printf("%-15s %zu of %zu values equal those sent\n", "received", equal, values);
+  return equal == values && received.quotes.size() == file.quotes.size();
 }
 
 }  // namespace
@@ -66,7 +69,7 @@ int main(int argc, char** argv) {
   const char* const path = argc == 2 ? argv[1] : QUOTES_DEFAULT_FILE;
   try {
     if (Report(ReadFile(path))) return 0;
-    std::fprintf(stderr, "quotes: %s: what was received differs from the file\n", path);
+    std::fprintf(stderr, "quotes: %s: what was received differs from what was sent\n", path);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quotes: %s: %s\n", path, error.what());
   }

@@ -2,37 +2,49 @@
 
 #include <algorithm>
 #include <functional>
-
-#include "quoteblocks.h"
+#include <string>
 
 namespace {
 
+constexpr int kFloatingCode = 110;
+
+double Number(const wqd::CFixPtNum& price) { return static_cast<double>(price); }
+double Number(double number) { return number; }
+
 /// The first day whose value is ahead of all others by `ahead`, null if every day lacks it.
-template <typename Ahead>
-const Quote* FindExtreme(const std::vector<Quote>& quotes, std::optional<double> Quote::*value,
-                         Ahead ahead) {
+template <typename T, typename Ahead>
+const Quote* FindExtreme(const std::vector<Quote>& quotes, T Quote::*value, Ahead ahead) {
   const Quote* found = nullptr;
   for (const Quote& quote : quotes) {
-    if (!(quote.*value)) continue;
-    if (found == nullptr || ahead(*(quote.*value), *(found->*value))) found = &quote;
+    if (Number(quote.*value) == MISSING_DOUBLE) continue;
+    if (found == nullptr || ahead(Number(quote.*value), Number(found->*value))) found = &quote;
   }
   return found;
 }
 
-void PrintExtreme(std::FILE* out, const char* title, const Quote* day,
-                  std::optional<double> Quote::*value) {
-  if (day == nullptr) {
-    std::fprintf(out, "%-15s none\n", title);
-  } else {
-    std::fprintf(out, "%-15s %s on %s\n", title, NumberText(*(day->*value)).c_str(),
-                 day->date.c_str());
-  }
+std::string Text(const wqd::CFixPtNum& price) { return PriceText(price); }
+std::string Text(double volume) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.0f", volume);
+  return text;
+}
+
+template <typename T>
+void PrintExtreme(std::FILE* out, const char* title, const Quote* day, T Quote::*value) {
+  const std::string text =
+      day == nullptr ? "none" : Text(day->*value) + " on " + DateText(day->date);
+  std::fprintf(out, "%-15s %s\n", title, text.c_str());
+}
+
+bool SamePrice(const wqd::CFixPtNum& a, const wqd::CFixPtNum& b) {
+  return Number(a) == Number(b) &&
+         (a.GetBaseCode() == b.GetBaseCode() || a.GetBaseCode() == kFloatingCode);
 }
 
 std::size_t CountEqualValues(const Quote& a, const Quote& b) {
-  std::size_t equal = a.date == b.date ? 1 : 0;
-  for (const NumberField& field : kNumberFields) {
-    if (a.*field.value == b.*field.value) ++equal;
+  std::size_t equal = (a.date == b.date ? 1U : 0U) + (a.volume == b.volume ? 1U : 0U);
+  for (const PriceField& field : kPriceFields) {
+    if (SamePrice(a.*field.price, b.*field.price)) ++equal;
   }
   return equal;
 }
@@ -42,8 +54,8 @@ std::size_t CountEqualValues(const Quote& a, const Quote& b) {
 void PrintHistory(std::FILE* out, const std::vector<Quote>& quotes) {
   std::fprintf(out, "%-15s %zu\n", "days", quotes.size());
   if (quotes.empty()) return;
-  std::fprintf(out, "%-15s %s\n", "first day", quotes.front().date.c_str());
-  std::fprintf(out, "%-15s %s\n", "last day", quotes.back().date.c_str());
+  std::fprintf(out, "%-15s %s\n", "first day", DateText(quotes.front().date).c_str());
+  std::fprintf(out, "%-15s %s\n", "last day", DateText(quotes.back().date).c_str());
   PrintExtreme(out, "highest high", FindExtreme(quotes, &Quote::high, std::greater<>()),
                &Quote::high);
   PrintExtreme(out, "lowest low", FindExtreme(quotes, &Quote::low, std::less<>()), &Quote::low);

@@ -6,6 +6,10 @@
 #include <wqdata/items/dataitem.h>
 #include <wqdata/service/servicelib.h>
 #include <wqdata/textsupport/myparser.h>
+#include <wqdata/values/date.h>
+#include <wqdata/values/fixptnum.h>
+#include <wqdata/values/time.h>
+#include <wqdata/values/timezone.h>
 // [/tour]
 
 #include <cstdint>
@@ -31,6 +35,14 @@ std::string Joined(const Texts& texts) {
   std::string all;
   for (const std::string& text : texts) all += "[" + text + "]";
   return all;
+}
+
+/// The text of a price, a date or a time.
+template <typename T>
+std::string Shown(const T& value) {
+  char text[40] = "";
+  value.Print(text, sizeof text);
+  return text;
 }
 
 void Build() {
@@ -115,6 +127,89 @@ void Items() {
   Expect("items, text", "N/A", text);
 }
 
+void Prices() {
+  // [tour: prices]
+  const wqd::CFixPtNum price("101 2/8");  // base code 3, eighths
+  const std::int32_t eighths = price;     // 810
+  wqd::CFixPtNum decimal = price + 0.5;   // 101.75, base code 3 as before
+  decimal.ChangeBase(105);                // four decimals
+  char text[24];                          // room for any price
+  decimal.Print(text, sizeof text);       // "101.7500"
+  const bool equal = decimal == 101.75;   // to 0.00001
+
+  const wqd::CFixPtNum missing("N/A");
+  const std::int32_t marker = missing;  // MISSING_LONG
+  // [/tour]
+  Expect("prices, eighths", "810", std::to_string(eighths));
+  Expect("prices, text", "101.7500", text);
+  Expect("prices, equal", "true", equal ? "true" : "false");
+  Expect("prices, marker", std::to_string(MISSING_LONG), std::to_string(marker));
+}
+
+void DatesAndTimes() {
+  // [tour: dates]
+  wqd::CZulDate date;
+  const bool valid = date.Scan("02/28/2024");       // true; "2024-02-28" is read too
+  date = date + 2;                                  // March 1: 2024 is a leap year
+  const int weekday = date.DayOfWeek();             // 5, Friday
+  const int days = date - wqd::CZulDate(1, 1, 70);  // 19783; month, day, year
+
+  const wqd::CZulTime open("9:30");
+  const wqd::CZulTime close = open + (6 * 60 + 30) * 60;                 // 16:00:00
+  const bool trading = wqd::CZulTime(16, 0, 0).InInterval(open, close);  // false: up to the end
+  // [/tour]
+  Expect("dates, valid", "true", valid ? "true" : "false");
+  Expect("dates, date", "03/01/2024", Shown(date));
+  Expect("dates, weekday", "5", std::to_string(weekday));
+  Expect("dates, days", "19783", std::to_string(days));
+  Expect("dates, close", "16:00:00", Shown(close));
+  Expect("dates, trading", "false", trading ? "true" : "false");
+}
+
+void TimeZones() {
+  // [tour: zones]
+  const wqd::CTimeZone newYork("Eastern Standard Time");  // "America/New_York" would do as well
+  const wqd::CTimeZone tokyo("Tokyo Standard Time");
+
+  wqd::CTimeStamp stamp;
+  stamp.Set(wqd::CZulDate(7, 4, 2025), wqd::CZulTime(12, 0, 0), newYork);
+  const std::int32_t seconds = stamp;  // 1751644800 seconds since 1970 began, in UTC
+  stamp.ChangeTimeZone(tokyo);         // July 5, 01:00:00
+
+  wqd::CTimeZone unknown;
+  const bool found = unknown.Set("Atlantis Standard Time");  // false, and the zone is GMT
+  // [/tour]
+  Expect("zones, seconds", "1751644800", std::to_string(seconds));
+  Expect("zones, Tokyo", "07/05/2025 01:00:00",
+         Shown(stamp.GetDate()) + " " + Shown(stamp.GetTime()));
+  Expect("zones, found", "false, GMT",
+         (found ? "true" : "false") + std::string(unknown == wqd::CTimeZone() ? ", GMT" : ""));
+}
+
+void TypedFields() {
+  // [tour: typed]
+  constexpr FID kDay = 10;
+  constexpr FID kTime = 11;
+  constexpr FID kBid = 22;
+  constexpr FID kAsk = 23;
+
+  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(CSV));
+  block->StartRecord();
+  block->Add(kDay, wqd::CZulDate(2, 29, 2024));
+  block->Add(kTime, wqd::CZulTime(9, 30, 0));
+  block->Add(kBid, wqd::CFixPtNum("101 2/8"));
+  block->Add(kAsk, wqd::CFixPtNum("N/A"));
+  block->EndRecord();
+  block->Close();  // "02/29/2024,09:30:00,101 2/8,N/A\n"
+
+  const wqd::CDataItem received(kBid, "101 2/8", -1);
+  const wqd::CFixPtNum bid = received.GetFPN();  // base code 3, value 101.25
+  // [/tour]
+  Expect("typed, block", "02/29/2024,09:30:00,101 2/8,N/A\n",
+         static_cast<const char*>(block->GetData()));
+  Expect("typed, bid", "101 2/8", Shown(bid));
+}
+
 void Parse() {
   Texts fields;
   // [tour: parse]
@@ -147,6 +242,10 @@ int main() {
   Walk();
   Find();
   Items();
+  Prices();
+  DatesAndTimes();
+  TimeZones();
+  TypedFields();
   Parse();
   Log();
   return differences == 0 ? 0 : 1;
