@@ -22,7 +22,7 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::size_t kMaxFileSize = 64 * 1024;
+constexpr std::size_t kMaxFileSize = 65536;
 constexpr std::size_t kTypeSize = 6;
 
 /// The sections of a block that refer to one another.
