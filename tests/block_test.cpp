@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
 #include <wqdata/items/dataitem.h>
 
 #include <cfloat>
-#include <cstring>
-#include <random>
-#include <thread>
 #include <variant>
 
 #include "support.h"
@@ -15,7 +11,6 @@ using namespace wqd;
 using namespace wqd_test;
 
 DataBlockPtr Wrapped(const char* text, cf_id format = TEXT) {
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): a wrapped text is never written
   return DataBlockPtr(CDataBlock::NewDataBlock(format, const_cast<char*>(text), 0));
 }
 
@@ -41,10 +36,9 @@ std::string Current(CDataBlock& block) {
   CDataItem item;
   if (!block.GetCurrentField(&item)) return "none";
   EXPECT_TRUE(block.GetCurrentFieldId() == item.GetId() && block.GetCurrentFieldType() == 0);
-  const std::string id = std::to_string(item.GetId()) + ":";
-  if (item.IsNull()) return id + "#" + std::to_string(item.GetError());
-  EXPECT_EQ(item.GetType(), TYPE_STRING);
-  return id + item.GetString();
+  EXPECT_EQ(item.GetType(), item.IsNull() ? TYPE_ERROR : TYPE_STRING);
+  return std::to_string(item.GetId()) + ":" +
+         (item.IsNull() ? "#" + std::to_string(item.GetError()) : item.GetString());
 }
 
 /// The fields from the first on, a blank behind each.
@@ -57,18 +51,17 @@ std::string Walk(CDataBlock& block) {
 }
 
 TEST(Format, NamesAndNumbers) {
-  for (const auto& [name, format] : Rows(R"(
-         TEXT => 1 | text => 1 | Csv => 2 | notxltable => 3 | zul3 => 4 | ZUL4 => 5 | BTRIEVE => 6
-         INVALID => 0 CfID: Invalid format 'INVALID' | TEX => 0 CfID: Invalid format 'TEX'
-         => 0 CfID: Invalid format '')")) {
+  const auto id_and_log = [](const std::string& name) {
     const LogCapture log;
-    std::string found = std::to_string(CfId(name.c_str()));
+    std::string found = std::to_string(CfId(name == "null" ? nullptr : name.c_str()));
     for (const auto& [level, line] : log.lines()) found += (level == 2 ? " " : "level! ") + line;
-    EXPECT_EQ(found, format) << name;
-  }
-  const LogCapture log;
-  EXPECT_EQ(CfId(nullptr), INVALID);
-  EXPECT_EQ(log.lines(), (LogCapture::Lines{{2, "CfID: null format"}}));
+    return found;
+  };
+  ExpectRows(R"(
+      TEXT => 1 | text => 1 | Csv => 2 | notxltable => 3 | zul3 => 4 | ZUL4 => 5 | BTRIEVE => 6
+      INVALID => 0 CfID: Invalid format 'INVALID' | TEX => 0 CfID: Invalid format 'TEX'
+      => 0 CfID: Invalid format '' | null => 0 CfID: null format)",
+             id_and_log);
   std::string names;
   for (int i = -1; i < 8; ++i) names += CfName(cf_id(i)) + std::string(" ");
   EXPECT_EQ(names, "INVALID INVALID TEXT CSV NOTXLTABLE ZUL3 ZUL4 Btrieve INVALID ");
@@ -79,9 +72,8 @@ TEST(Factory, FormatsAndInstanceCount) {
   const char text[] = "1,a\n";
   const LogCapture log;
   for (const cf_id format : {INVALID, NOTXLTABLE, cf_id(7), cf_id(-1)}) {
-    EXPECT_FALSE(NewBlock(format) || Wrapped(text, format) ||
-                 CDataBlock::FixedSizeDataBlock(format, nullptr, 0))
-        << format;
+    EXPECT_FALSE(NewBlock(format) || Wrapped(text, format)) << format;
+    EXPECT_EQ(CDataBlock::FixedSizeDataBlock(format, nullptr, 0), nullptr) << format;
   }
   EXPECT_EQ(CDataBlock::_instances, before);
   for (const cf_id format : {TEXT, CSV}) {
@@ -107,65 +99,19 @@ TEST(Factory, FormatsAndInstanceCount) {
   EXPECT_EQ(CDataBlock::_instances, before);
 }
 
-/// A block with nothing but what every block must have, and which tells what it was given.
-class PlainBlock final : public CDataBlock {
- public:
-  using CDataBlock::Add;
-  PlainBlock() { ++_instances; }  // as the factory does
-  void* GetData() override { return nullptr; }
-  int GetDataSize() override { return 0; }
-  int GetRecordCount() override { return 0; }
-  int GetFieldCount() override { return 0; }
-  bool StartRecord() override { return true; }
-  bool EndRecord() override { return true; }
-  bool Add(FID, const char*) override { return false; }
-  bool Add(CDataItem& item) override {
-    given = std::to_string(item.GetId()) + " " + std::to_string(item.GetType()) + " " +
-            item.GetString() + " " + std::to_string(item.GetError());
-    return accepts;
-  }
-  std::string given;
-  bool accepts = true;
-};
-
-TEST(BlockDefaults, AnswerFalseOrZeroAndPassScalarsThroughAnItem) {
-  const DataBlockPtr owner(new PlainBlock);
-  auto& block = static_cast<PlainBlock&>(*owner);
-  CDataItem item(FID{3}, 1);
-  EXPECT_TRUE(block.Close() && block.GetFormat() == INVALID && !block.IsReadOnly());
-  EXPECT_FALSE(block.FirstRecord() || block.NextRecord() || block.FirstField() ||
-               block.NextField() || block.FindField(FID{3}) || block.GetField(FID{3}, &item) ||
-               block.GetCurrentField(&item) || item.GetId() != 3);
-  EXPECT_EQ(block.GetVectorSize() + block.GetCurrentFieldId() + block.GetCurrentFieldType(), 0);
-  const std::pair<Step, std::string> cases[] = {
-      {2.0, "9 1 2.0000 0"},          {7, "9 2 7 0"},
-      {std::int16_t{-3}, "9 3 -3 0"}, {-99999999.995, "9 101 N/A 2"},
-      {MISSING_LONG, "9 101 N/A 2"},  {MISSING_SHORT, "9 101 N/A 2"},
-      {kError, "9 101 N/A 5"},        {CDataItem(FID{8}, 6), "8 2 6 0"}};
-  for (const auto& [value, expected] : cases) {
-    block.accepts = !block.accepts;
-    EXPECT_EQ(std::visit(Writer{block}, value), block.accepts) << expected;
-    EXPECT_EQ(block.given, expected);
-  }
-}
-
 TEST(BlockAssignment, CopiesFormatAndFlagAlone) {
   const char text[] = "5,a\n";
-  const DataBlockPtr csv = NewBlock(CSV);
   const DataBlockPtr written = NewBlock(TEXT);
   const DataBlockPtr wrapped = Wrapped(text);
-  *wrapped = *csv;
+  *wrapped = *NewBlock(CSV);
   EXPECT_TRUE(wrapped->GetFormat() == CSV && !wrapped->IsReadOnly());
   EXPECT_TRUE(wrapped->GetData() == text && wrapped->FirstRecord());
   EXPECT_TRUE(wrapped->Add(FID{1}, "b") && wrapped->Add(FID{1}, "c"));
   EXPECT_TRUE(BytesOf(*wrapped) == "b,c" && !wrapped->FirstRecord());
   EXPECT_TRUE(written->Add(FID{1}, "y"));
-  for (CDataBlock* block : {csv.get(), written.get()}) {  // without and with a buffer
-    *block = *Wrapped(text);
-    EXPECT_FALSE(!block->IsReadOnly() || block->Add(FID{1}, "z"));
-  }
-  EXPECT_EQ(BytesOf(*written), "y");
-  EXPECT_STREQ(text, "5,a\n");
+  *written = *Wrapped(text);
+  EXPECT_FALSE(!written->IsReadOnly() || written->Add(FID{1}, "z"));
+  EXPECT_EQ(BytesOf(*written) + text, "y5,a\n");
 }
 
 TEST(TextWriting, BytesAndCounts) {
@@ -187,47 +133,19 @@ TEST(TextWriting, BytesAndCounts) {
       {{CDataItem(FID{1}, n700.c_str(), 256), n700.c_str(), CDataItem(FID{1}, "ab\0c", 4)},
        Letters(256) + "|" + n700 + "|ab 0 3"},
   };
-  for (const auto& [steps, bytesAndCounts] : cases) {
-    for (const auto& [format, separator] : {std::pair{TEXT, '\t'}, std::pair{CSV, ','}}) {
+  for (const auto& [steps, expected] : cases) {
+    for (const cf_id format : {TEXT, CSV}) {
       const DataBlockPtr block = NewBlock(format);
       EXPECT_TRUE(block->GetData() == nullptr && block->GetDataSize() == 0);
-      for (const Step& step : steps) EXPECT_TRUE(std::visit(Writer{*block}, step));
+      for (const Step& step : steps) EXPECT_TRUE(std::visit(Writer{*block}, step)) << expected;
       EXPECT_FALSE(block->Add(FID{1}, nullptr) || block->AddBlob(FID{1}, "a", 1));
-      std::string expected = bytesAndCounts;
-      std::replace(expected.begin(), expected.end(), '|', separator);
-      EXPECT_EQ(BytesOf(*block) + " " + std::to_string(block->GetRecordCount()) + " " +
-                    std::to_string(block->GetFieldCount()),
-                expected);
+      const std::string counts = " " + std::to_string(block->GetRecordCount()) + " " +
+                                 std::to_string(block->GetFieldCount());
+      std::string bytes = expected;
+      std::replace(bytes.begin(), bytes.end(), '|', format == CSV ? ',' : '\t');
+      EXPECT_EQ(BytesOf(*block) + counts, bytes);
     }
   }
-}
-
-TEST(TextWriting, HasNoVectors) {
-  const DataBlockPtr block = NewBlock(TEXT);
-  const std::int16_t number = 1;
-  const std::int32_t price = 1;
-  const double real = 1;
-  const ZULDATE date{1, 1, 2000};
-  const ZULTIME time{1, 1};
-  EXPECT_FALSE(
-      block->AddShortVector(FID{1}, &number, 1) || block->AddLongVector(FID{1}, &price, 1) ||
-      block->AddDoubleVector(FID{1}, &real, 1) || block->AddDateVector(FID{1}, &date, 1) ||
-      block->AddTimeVector(FID{1}, &time, 1) || block->AddStringVector(FID{1}, "a", 1, 2) ||
-      block->AddPriceVector(FID{1}, &price, 105, 1) || block->GetDataSize() != 0);
-}
-
-TEST(TextWriting, RandomFieldsAcrossGrowth) {
-  std::mt19937 random(7);
-  const DataBlockPtr block = NewBlock(TEXT);
-  std::string expected;
-  for (int i = 0; i < 5000; ++i) {
-    const std::string text = Letters(random() % (i % 100 == 0 ? 90000 : 60));
-    const auto number = static_cast<std::int32_t>(random() | 1u);
-    const bool asText = random() % 2 == 0;
-    EXPECT_TRUE(asText ? block->Add(FID{1}, text.c_str()) : block->Add(FID{1}, number));
-    expected += (i == 0 ? "" : "\t") + (asText ? text : std::to_string(number));
-  }
-  EXPECT_TRUE(BytesOf(*block) == expected) << block->GetDataSize() << " bytes";
 }
 
 TEST(TextWriting, TextOfTheBlockItself) {
@@ -278,8 +196,7 @@ TEST(TextReading, RecordsAndFields) {
   EXPECT_TRUE(block->FindField(FID{3}) && Current(*block) == "3:c");
   CDataItem item(FID{8}, std::int32_t{9});
   EXPECT_FALSE(block->GetField(FID{4}, &item) || block->NextField() || item.GetId() != 8);
-  EXPECT_TRUE(block->GetField(FID{2}, &item) && item.GetId() == 2);
-  EXPECT_STREQ(item.GetString(), "b");
+  EXPECT_TRUE(block->GetField(FID{2}, &item) && item.GetString() == std::string("b"));
   for (const std::string fields : {"3:c 1:d ", "1:d ", "", ""}) {
     EXPECT_EQ(block->NextRecord(), !fields.empty());
     EXPECT_EQ(Walk(*block), fields);

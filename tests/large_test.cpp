@@ -1,10 +1,4 @@
 // Blocks that only a 64-bit system with a few GiB of free memory can hold.
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <cstring>
-#include <ctime>
-#include <fstream>
 
 #include "support.h"
 
@@ -15,20 +9,19 @@ using namespace wqd_test;
 
 constexpr std::size_t kMiB = 1u << 20;
 
-/// Why a test that needs `mib` MiB can't run here; empty if it can.
-std::string Obstacle(std::size_t mib) {
-  if (kSanitized) return "a sanitizer takes too much memory";
-  if (sizeof(void*) < 8) return "no 64-bit system";
+bool HasMemory(std::size_t mib) {
   std::ifstream info("/proc/meminfo");
+  std::size_t kib = 0;
   for (std::string word; info >> word;) {
-    std::size_t kib = 0;
-    if (word == "MemAvailable:" && info >> kib && kib / 1024 < mib) return "too little memory";
+    if (word == "MemAvailable:" && info >> kib) return kib / 1024 >= mib;
   }
-  return "";
+  return true;
 }
 
 TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
-  if (const std::string obstacle = Obstacle(3000); !obstacle.empty()) GTEST_SKIP() << obstacle;
+  if (kSanitized || sizeof(void*) < 8 || !HasMemory(3000)) {
+    GTEST_SKIP() << "too little memory, or a sanitizer, which takes too much of it";
+  }
   const DataBlockPtr block = NewBlock(TEXT);
   ASSERT_TRUE(block->Add(FID{1}, "1,a") && block->EndRecord() && block->Close());
   std::int64_t size = block->GetDataSize();
@@ -53,36 +46,6 @@ TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
   const auto others = static_cast<std::size_t>(size - start - 1);
   EXPECT_TRUE(*letters == 'A' && std::memcmp(letters, letters + 1, others) == 0);
   EXPECT_TRUE(block->FirstRecord() && block->GetCurrentFieldId() == 1);
-}
-
-/// Processor time in ns for each byte of a block of `mib` MiB, written in fields of 4 KiB.
-double TimeOfAByte(std::size_t mib) {
-  const std::string text(4095, 'A');
-  const std::clock_t begin = std::clock();
-  const DataBlockPtr block = NewBlock(TEXT);
-  bool done = true;
-  for (std::size_t i = 0; i < mib * kMiB / 4096; ++i)
-    done = done && block->Add(FID{1}, text.c_str());
-  EXPECT_TRUE(done);
-  const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
-  return seconds * 1e9 / static_cast<double>(mib * kMiB);
-}
-
-TEST(LargeBlock, CostsAByteWhatASmallOneDoes) {
-#if !defined(NDEBUG)
-  GTEST_SKIP() << "no release build";
-#endif
-  if (const std::string obstacle = Obstacle(2000); !obstacle.empty()) GTEST_SKIP() << obstacle;
-  double ratio = 2;
-  for (int attempt = 0; attempt < 3 && ratio > 1.5; ++attempt) {  // noise may spoil one or two
-    std::vector<double> small(5);
-    for (double& time : small) time = TimeOfAByte(64);
-    std::nth_element(small.begin(), small.begin() + 2, small.end());
-    const double large = TimeOfAByte(1024);
-    std::printf("64 MiB: %.3f ns a byte, 1 GiB: %.3f ns a byte\n", small[2], large);
-    ratio = large / small[2];
-  }
-  EXPECT_LE(ratio, 1.5);
 }
 
 }  // namespace

@@ -1,11 +1,8 @@
 // What allocates, and what happens when memory is short. The program has its own operator new, and
 // is linked with --wrap=realloc, so that both roads to memory can be watched and closed.
-#include <gtest/gtest.h>
 #include <wqdata/items/dataitem.h>
 #include <wqdata/textsupport/myparser.h>
 
-#include <cstdint>
-#include <cstdlib>
 #include <new>
 
 #include "support.h"
@@ -37,13 +34,13 @@ void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
-extern "C" {  // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+extern "C" {
 void* __real_realloc(void* memory, std::size_t size);
 void* __wrap_realloc(void* memory, std::size_t size) {
   ++allocations;
   return size <= largestRealloc ? __real_realloc(memory, size) : nullptr;
 }
-}  // NOLINTEND(bugprone-reserved-identifier)
+}
 
 namespace {
 
@@ -63,52 +60,40 @@ class Shortage {
   }
 };
 
-TEST(Allocations, FieldsTakeNoneUntilTheBufferGrows) {
+TEST(Allocations, WritingConvertingAndWalkingTakeNoneUntilTheBufferGrows) {
   const DataBlockPtr block = NewBlock(CSV);
-  CDataItem text(FID{6}, Letters(600).c_str(), -1);
-  const std::string plain = Letters(600);
+  const std::string letters = Letters(600);
+  CDataItem item;
+  CDataItem items[] = {{},
+                       {FID{1}, 1e300},
+                       {FID{1}, -7},
+                       {FID{1}, 7, false},
+                       {FID{1}, "1 2/8", -1},
+                       {FID{6}, letters.c_str(), -1}};
+  char buffer[1000];
+  int fields = 0;
   allocations = 0;
-  bool done = block->Add(FID{1}, 1.5);
+  bool done = block->Add(FID{1}, 1) && block->EndRecord();
   EXPECT_EQ(allocations, 1);
   for (int i = 0; i < 40; ++i) {
     done = done && block->StartRecord() && block->Add(FID{1}, 1e300) && block->Add(FID{2}, i) &&
-           block->Add(FID{3}, std::int16_t{4}) && block->AddError(FID{5}, 1) && block->Add(text) &&
-           block->Add(FID{7}, plain.c_str()) && block->EndRecord();
+           block->Add(FID{3}, std::int16_t{4}) && block->AddError(FID{5}, 1) &&
+           block->Add(items[5]) && block->Add(FID{7}, letters.c_str()) && block->EndRecord();
   }
   EXPECT_TRUE(done && block->Close());
-  EXPECT_EQ(allocations, 1) << block->GetDataSize() << " bytes";
-}
-
-TEST(Allocations, ConversionsTakeNone) {
-  const CDataItem items[] = {CDataItem(), CDataItem(FID{1}, 1e300),
-                             CDataItem(FID{1}, std::int32_t{-7}), CDataItem(FID{1}, 7, false),
-                             CDataItem(FID{1}, "101 2/8", -1)};
-  char buffer[400];
-  allocations = 0;
-  for (const CDataItem& item : items) {
-    CDataItem copy = item;
-    copy.Print(buffer, sizeof buffer);
-    copy.GetString(), copy.GetFloat(), copy.GetLong(), copy.GetShort(), copy.GetByte();
-    copy.Set(FID{1}, copy.GetString(), -1);
-    EXPECT_EQ(allocations, 0) << item.GetType();
-  }
-}
-
-TEST(Allocations, WalkingTakesNone) {
-  std::string text;
-  for (int i = 0; i < 50; ++i) text += "1,\"" + Letters(300) + "\",2,7.25\n";
-  const DataBlockPtr block(CDataBlock::NewDataBlock(TEXT, text.data(), 0));
-  CDataItem item;
-  int fields = 0;
-  allocations = 0;
-  for (bool more = block->FirstRecord(); more; more = block->NextRecord()) {
-    for (bool field = block->FirstField(); field; field = block->NextField()) {
-      fields += block->GetCurrentField(&item) && block->GetCurrentFieldId() != 0;
+  for (bool record = block->FirstRecord(); record; record = block->NextRecord()) {
+    for (bool field = block->FirstField(); field && ++fields; field = block->NextField()) {
+      block->GetCurrentField(&item);
     }
-    EXPECT_TRUE(block->GetField(FID{2}, &item) && !block->FindField(FID{3}));
+    EXPECT_FALSE(block->GetField(FID{3}, &item) && block->FindField(FID{99}));
   }
-  EXPECT_EQ(allocations, 0);
-  EXPECT_EQ(fields, 50 * 51);
+  for (CDataItem& each : items) {
+    each.Print(buffer, sizeof buffer);
+    each.GetString(), each.GetFloat(), each.GetLong(), each.GetShort(), each.GetByte();
+    each.Set(FID{1}, each.GetString(), -1);
+  }
+  EXPECT_EQ(allocations, 1) << fields << " fields, " << block->GetDataSize() << " bytes";
+  EXPECT_GT(fields, 40 * 41);
 }
 
 TEST(Growth, StepsAndLogLine) {
@@ -140,8 +125,8 @@ TEST(Growth, StepsAndLogLine) {
       EXPECT_EQ(block->Add(FID{1}, added.c_str()), figures == "none");
     }
     if (figures == "none") continue;
-    const std::string line = "Couldn't allocate TEXT record size " + figures;
-    EXPECT_EQ(log.lines(), (LogCapture::Lines{{1, line}}));
+    EXPECT_EQ(log.lines(),
+              (LogCapture::Lines{{1, "Couldn't allocate TEXT record size " + figures}}));
     EXPECT_TRUE(block->GetData() == data && BytesOf(*block) == used);
     EXPECT_EQ(block->GetFieldCount(), second ? 1 : 0);
     EXPECT_TRUE(block->Add(FID{1}, added.c_str()));
@@ -150,23 +135,22 @@ TEST(Growth, StepsAndLogLine) {
 }
 
 TEST(Growth, RefusedOperationsLeaveTheBlockAsItWas) {
-  const std::string start = "1,a\n" + std::string(1, '\0') + Letters(65528);
+  const std::string letters = Letters(65528);
+  const std::string start = "1,a\n" + std::string(1, '\0') + letters;
   const std::string large(200000, 'B');
   const DataBlockPtr block = NewBlock(CSV);
   ASSERT_TRUE(block->Add(FID{1}, 1) && block->Add(FID{2}, "a") && block->EndRecord());
-  ASSERT_TRUE(block->Close() && block->StartRecord() && block->Add(FID{1}, Letters(65528).c_str()));
+  ASSERT_TRUE(block->Close() && block->StartRecord() && block->Add(FID{1}, letters.c_str()));
   ASSERT_TRUE(BytesOf(*block) == start && block->FirstRecord());
+  const LogCapture log;
   {
-    const LogCapture log;
     const Shortage shortage(0);
     EXPECT_FALSE(block->Add(FID{2}, large.c_str()));  // there is room for its separator
     EXPECT_FALSE(block->Add(FID{2}, 1234567) || block->Add(FID{2}, -2.5));
-    EXPECT_TRUE(BytesOf(*block) == start);
-    EXPECT_TRUE(block->EndRecord());
+    EXPECT_TRUE(BytesOf(*block) == start && block->EndRecord());
     EXPECT_FALSE(block->EndRecord() || block->Close() || block->Add(FID{2}, ""));
-    EXPECT_EQ(log.lines().size(), 6u);
   }
-  EXPECT_TRUE(BytesOf(*block) == start + "\n");
+  EXPECT_EQ(log.lines().size(), 6u);
   EXPECT_TRUE(block->GetRecordCount() == 2 && block->GetFieldCount() == 1);
   EXPECT_EQ(block->GetCurrentFieldId(), 1);  // the walk goes on
   EXPECT_TRUE(block->Add(FID{2}, large.c_str()) && block->EndRecord());
@@ -175,11 +159,14 @@ TEST(Growth, RefusedOperationsLeaveTheBlockAsItWas) {
 }
 
 TEST(Growth, MovesALargeBlockFewTimesAndTakesTheBareNeedWhereTheSystemRefusesMore) {
-  const std::string text = Letters(65000);
+  const std::string text = Letters(64999) + "B";
+  std::string expected = text;
   const DataBlockPtr large = NewBlock(TEXT);
   allocations = 0;
   for (int i = 0; i < 1000; ++i) ASSERT_TRUE(large->Add(FID{1}, text.c_str()));
   EXPECT_LT(allocations, 40);
+  for (int i = 1; i < 1000; ++i) expected += "\t" + text;
+  EXPECT_TRUE(BytesOf(*large) == expected);
   const DataBlockPtr block = NewBlock(TEXT);
   const LogCapture log;
   const Shortage shortage(std::size_t{16} * 65536);
@@ -193,10 +180,7 @@ TEST(ShortOfMemory, FactoryGivesNull) {
   const int before = CDataBlock::_instances;
   char text[] = "1,a";
   const Shortage shortage(SIZE_MAX, true);
-  for (const cf_id format : {TEXT, CSV}) {
-    EXPECT_EQ(CDataBlock::NewDataBlock(format), nullptr) << format;
-    EXPECT_EQ(CDataBlock::NewDataBlock(format, text, 0), nullptr) << format;
-  }
+  EXPECT_FALSE(CDataBlock::NewDataBlock(TEXT) || CDataBlock::NewDataBlock(TEXT, text, 0));
   EXPECT_EQ(CDataBlock::_instances, before);
 }
 

@@ -7,12 +7,24 @@
 #include <wqdata/service/servicelib.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <climits>
 #include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <limits>
 #include <mutex>
+#include <random>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -90,7 +102,7 @@ inline std::vector<std::string> Texts(std::string_view table) {
   while (!table.empty()) {
     const std::size_t end = std::min({table.find(" | "), table.find('\n'), table.size()});
     std::string text(table.substr(0, end));
-    table.remove_prefix(std::min(end + (table.substr(end, 1) == " " ? 3 : 1), table.size()));
+    table.remove_prefix(std::min(table.find_first_not_of(" |\n", end), table.size()));
     text.erase(0, text.find_first_not_of(' ')).erase(text.find_last_not_of(' ') + 1);
     std::replace(text.begin(), text.end(), '~', ' ');
     if (!text.empty()) texts.push_back(text);
@@ -109,6 +121,18 @@ inline std::vector<std::pair<std::string, std::string>> Rows(std::string_view ta
   return rows;
 }
 
+/// Expects that `answer` gives what stands behind the arrow for each row of such a table.
+template <typename Answer>
+void ExpectRows(std::string_view table, Answer answer) {
+  for (const auto& [input, expected] : Rows(table)) EXPECT_EQ(answer(input), expected) << input;
+}
+
+/// Expects the same answer for each text of a table.
+template <typename Answer>
+void ExpectAll(std::string_view table, Answer answer, const std::string& expected) {
+  for (const std::string& input : Texts(table)) EXPECT_EQ(answer(input), expected) << input;
+}
+
 inline std::string Letters(std::size_t count) { return std::string(count, 'A'); }
 
 inline wqd::DataBlockPtr NewBlock(cf_id format) {
@@ -116,7 +140,8 @@ inline wqd::DataBlockPtr NewBlock(cf_id format) {
 }
 
 inline std::string BytesOf(wqd::CDataBlock& block) {
-  return {static_cast<const char*>(block.GetData()), static_cast<std::size_t>(block.GetDataSize())};
+  const auto size = static_cast<std::size_t>(block.GetDataSize());
+  return size == 0 ? "" : std::string(static_cast<const char*>(block.GetData()), size);
 }
 
 }  // namespace wqd_test

@@ -1,8 +1,5 @@
 // Prices, dates and times in items, and on their way into text blocks.
-#include <gtest/gtest.h>
 #include <wqdata/items/dataitem.h>
-
-#include <cstdint>
 
 #include "support.h"
 
@@ -36,7 +33,11 @@ TEST(TypedItems, ConvertByTheTableOfTypes) {
       {{FID{1}, "02/31/2004", -1}, noPrice + "2/31/2004 120"},
       {{FID{1}, "9:30", -1}, noPrice + "0/0/0 34200"},
   };
-  for (const auto& [item, answers] : rows) EXPECT_EQ(Answers(item), answers) << item.GetString();
+  for (const auto& [item, answers] : rows) {
+    EXPECT_EQ(Answers(item), answers) << item.GetString();
+    CDataItem copy = item;
+    EXPECT_EQ(Answers(CDataItem(std::move(copy))), answers) << item.GetString();
+  }
 }
 
 /// Identifier, type, size, error and text.
@@ -66,32 +67,14 @@ TEST(TypedItems, HoldTheirRecordsUnlessTheyAreMissing) {
       {{FID{7}, ZULTIME{2323, 7}}, missing},
       {{FID{7}, CZulTime(139439)}, missing},
       {{FID{7}, CZulTime(139440)}, time + "38:44:00"},
+      {{FID{7}, CDataItem().GetFPN()}, missing},
+      {{FID{7}, CDataItem().GetDate()}, missing},
+      {{FID{7}, CDataItem().GetTime()}, missing},
   };
   for (const auto& [item, held] : rows) {
     EXPECT_EQ(Held(item), held);
     EXPECT_EQ(Held(CDataItem(item)), held);
   }
-}
-
-TEST(TypedItems, StayMissingOnTheirWayThroughAValueClass) {
-  const CDataItem missing;
-  CDataItem item;
-  item.Set(FID{7}, missing.GetFPN());
-  EXPECT_EQ(Held(item), "7 101 2 2 N/A");
-  item.Set(FID{8}, missing.GetDate());
-  EXPECT_EQ(Held(item), "8 101 2 2 N/A");
-  item.Set(FID{9}, missing.GetTime());
-  EXPECT_EQ(Held(item), "9 101 2 2 N/A");
-}
-
-TEST(TypedItems, KeepTheBaseCodeThroughCopyAndMove) {
-  CDataItem item(FID{1}, CFixPtNum(1.5, 5));
-  item.SetId(FID{2});
-  CDataItem copy = item;
-  EXPECT_EQ(copy.GetBaseCode(), 5);
-  const CDataItem moved = std::move(copy);
-  EXPECT_TRUE(moved.GetBaseCode() == 5 && moved.GetFloat() == 1.5);
-  EXPECT_TRUE(moved.GetLong() == MISSING_LONG && moved.GetShort() == MISSING_SHORT);
 }
 
 TEST(TypedBlocks, PrintPricesDatesAndTimes) {
