@@ -14,13 +14,21 @@ set(wqdata_public_headers
 )
 
 set(wqdata_internal_headers
+  wqdata/blocks/btrieveblock.h
+  wqdata/blocks/fielditem.h
   wqdata/blocks/textblock.h
+  wqdata/blocks/zul3block.h
+  wqdata/blocks/zul4block.h
   wqdata/items/missing.h
   wqdata/service/basecode.h
+  wqdata/service/bigzul3.h
   wqdata/service/clock.h
+  wqdata/service/fieldlayout.h
   wqdata/service/fraction.h
+  wqdata/service/littleendian.h
   wqdata/service/memory.h
   wqdata/service/operations.h
+  wqdata/service/recordlib.h
   wqdata/service/rounding.h
   wqdata/service/text.h
   wqdata/values/windowszones.h
@@ -28,16 +36,24 @@ set(wqdata_internal_headers
 )
 
 set(wqdata_sources
+  wqdata/blocks/btrieveblock.cpp
   wqdata/blocks/datablock.cpp
+  wqdata/blocks/fielditem.cpp
   wqdata/blocks/textblock.cpp
+  wqdata/blocks/zul3block.cpp
+  wqdata/blocks/zul4block.cpp
   wqdata/items/dataitem.cpp
   wqdata/items/typedvalues.cpp
+  wqdata/items/vectors.cpp
+  wqdata/service/bigzul3.cpp
   wqdata/service/clock.cpp
+  wqdata/service/fieldlayout.cpp
   wqdata/service/fraction.cpp
   wqdata/service/log.cpp
   wqdata/service/memory.cpp
   wqdata/service/prices.cpp
   wqdata/service/pricetext.cpp
+  wqdata/service/recordlib.cpp
   wqdata/service/text.cpp
   wqdata/textsupport/myparser.cpp
   wqdata/values/date.cpp

@@ -1,8 +1,11 @@
 #include <array>
 #include <new>
 
+#include <wqdata/blocks/btrieveblock.h>
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/blocks/textblock.h>
+#include <wqdata/blocks/zul3block.h>
+#include <wqdata/blocks/zul4block.h>
 #include <wqdata/items/dataitem.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
@@ -138,25 +141,42 @@ CDataBlock* counted(CDataBlock* block) {
   return block;
 }
 
+/// A block with a copy of the bytes; null when there is no memory for either.
+CDataBlock* copied(const void* data, int size) {
+  DataBlockPtr block(counted(new (std::nothrow) CBtrieveBlock()));
+  const std::uint32_t bytes = data == nullptr || size < 0 ? 0 : static_cast<std::uint32_t>(size);
+  if (block == nullptr || !block->AddBlob(FID{0}, data, bytes)) return nullptr;
+  return block.release();
+}
+
 }  // namespace
 
 CDataBlock* CDataBlock::NewDataBlock(cf_id format) {
   switch (format) {
     case TEXT:
     case CSV: return counted(new (std::nothrow) CTextBlock(format));
+    case ZUL3: return counted(new (std::nothrow) CZul3Block());
+    case ZUL4: return counted(new (std::nothrow) CZul4Block());
+    case Btrieve: return counted(new (std::nothrow) CBtrieveBlock());
     default: return nullptr;
   }
 }
 
-CDataBlock* CDataBlock::NewDataBlock(cf_id format, void* data, int) {
+CDataBlock* CDataBlock::NewDataBlock(cf_id format, void* data, int size) {
   switch (format) {
     case TEXT:
     case CSV: return counted(new (std::nothrow) CTextBlock(data));
+    case ZUL3: return counted(new (std::nothrow) CZul3Block(data, size));
+    case ZUL4: return counted(new (std::nothrow) CZul4Block(data, size));
+    case Btrieve: return copied(data, size);
     default: return nullptr;
   }
 }
 
-CDataBlock* CDataBlock::FixedSizeDataBlock(cf_id, void*, int) { return nullptr; }
+CDataBlock* CDataBlock::FixedSizeDataBlock(cf_id format, void* buffer, int size) {
+  if (format != ZUL4) return nullptr;
+  return counted(new (std::nothrow) CZul4Block(CZul4Block::Fixed{buffer, size}));
+}
 
 void CDataBlock::FreeDataBlock(CDataBlock* block) { delete block; }
 

@@ -81,6 +81,18 @@ class WQDATA_API CDeletable {
 /// - A block that was written can be walked after `Close`, from `FirstRecord` on, up to the first
 ///   `Close`. When an addition makes the block grow, the walk is over.
 ///
+/// ZUL3 and ZUL4 keep the identifier and the type of each field; docs/formats.md has their bytes.
+/// They hold at most 65535 records of at most 65535 fields, in less than 2 GiB.
+/// - ZUL3 has one count of fields for all records: every record must have the same number. A record
+///   is counted by `EndRecord`. Counts are 16 bits wide: of an item's vector the last 16000
+///   elements are taken, a vector added directly may have 65535, and a vector of strings 65535
+///   bytes. An item that is a blob is left out, with a line in the log. Behind the last record
+///   `NextRecord` leaves no current field; `FirstField` goes back to the last record's.
+/// - ZUL4 has a count for each record, and counts a record when it starts. Vectors go whole. An
+/// item
+///   that is a blob is refused. An addition moves the cursor to the record that is being written.
+/// - Btrieve has no records: `AddBlob` appends bytes, and nothing else is taken.
+///
 /// No operation throws. A writing operation is false when the encoding can't carry the value, when
 /// memory or room runs out, and on a read-only block; the block then stands as it was, but for a
 /// record in progress, and all that was written before stays readable. An operation that an
@@ -193,21 +205,25 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// The type code of the current field, 0 when there is none and always for text.
   virtual int GetCurrentFieldType();
 
-  /// A new empty block, the caller's to free. Null for a format without blocks (INVALID,
-  /// NOTXLTABLE; as yet ZUL3, ZUL4 and Btrieve), a number that is no format, and without memory.
-  /// Safe on any thread, as are the other factory functions.
+  /// A new empty block, the caller's to free. Null for INVALID, NOTXLTABLE, a number that is no
+  /// format, and without memory. Safe on any thread, as are the other factory functions.
   static CDataBlock* NewDataBlock(cf_id format);
 
   /// A read-only block around received bytes, standing on the first field of the first record, the
   /// caller's to free; null as above. The bytes stay the caller's, who keeps them alive and
   /// unchanged until the block is freed. Null `data` gives an empty writable block.
   ///
-  /// For TEXT and CSV the format of the block is TEXT; the text must end with a NUL, and `size` is
-  /// not used.
+  /// - TEXT and CSV: the format of the block is TEXT; the text must end with a NUL, and `size` is
+  ///   not used.
+  /// - ZUL3 and ZUL4: `size` is the number of bytes at `data`. No operation reads beyond it, nor
+  ///   beyond the length that the bytes declare. With a negative `size` that length is trusted.
+  /// - Btrieve: the block holds a copy of the bytes, and is writable; null without memory for it.
   static CDataBlock* NewDataBlock(cf_id format, void* data, int size);
 
-  /// A block of ZUL4 that writes into the caller's buffer of `size` bytes; null for any other
-  /// format. As yet there is none: null.
+  /// A writable block of ZUL4 that writes into the caller's buffer of `size` bytes, and refuses
+  /// what has no room there; null for any other format and without memory. The buffer stays the
+  /// caller's, who keeps it alive until the block is freed; what it held is overwritten from its
+  /// start on.
   static CDataBlock* FixedSizeDataBlock(cf_id format, void* buffer, int size);
 
   /// Ends a block. Null is ignored.

@@ -82,11 +82,10 @@ bool CTextBlock::Close() {
 bool CTextBlock::AddValue(std::string_view text) {
   if (m_readOnly) return false;
   const std::string_view separator = m_fieldCount == 0 ? "" : m_format == CSV ? "," : "\t";
-  const std::uint64_t offset = OffsetInBuffer(text.data());
-  if (!MakeRoom(separator.size(), text.size())) return false;
-  if (offset < m_used) text = {m_data + offset, text.size()};  // it may have moved
+  const void* source = text.data();  // the block's own bytes, it may be
+  if (!MakeRoom(separator.size(), text.size(), &source)) return false;
   Put(separator);
-  Put(text);
+  Put({static_cast<const char*>(source), text.size()});
   ++m_fieldCount;
   return true;
 }
@@ -102,25 +101,21 @@ void CTextBlock::Put(std::string_view bytes) {
   m_used += static_cast<std::uint32_t>(bytes.size());
 }
 
-/// Where `at` lies in the bytes written so far; m_used or more for any other place.
-std::uint64_t CTextBlock::OffsetInBuffer(const char* at) const {
-  return reinterpret_cast<std::uintptr_t>(at) - reinterpret_cast<std::uintptr_t>(m_data);
-}
-
 /// The block grows for each run of bytes that leaves no byte to spare, by the smallest multiple of
 /// the step that holds them. A separator of no bytes is none.
-bool CTextBlock::MakeRoom(std::uint64_t separator, std::uint64_t text) {
+bool CTextBlock::MakeRoom(std::uint64_t separator, std::uint64_t text, const void** source) {
   Growth growth = {m_allocSize, 0, 0};
   const std::uint64_t withSeparator = std::uint64_t{m_used} + separator;
   if (separator > 0 && withSeparator + 1 >= growth.size) growth = GrownFor(separator, growth.size);
   if (withSeparator + text + 1 >= growth.size) growth = GrownFor(text, growth.size);
-  return growth.size == m_allocSize || Grow(growth);
+  return growth.size == m_allocSize || Grow(growth, source);
 }
 
 /// Memory is taken further ahead than the block grows, or a large one would be moved at each step.
-bool CTextBlock::Grow(const Growth& growth) {
+bool CTextBlock::Grow(const Growth& growth, const void** source) {
   const bool firstBuffer = m_reserved == 0;
-  void* const data = service::grown(firstBuffer ? nullptr : m_data, m_reserved, growth.size);
+  void* const data =
+      service::grown(firstBuffer ? nullptr : m_data, m_reserved, growth.size, source);
   if (data == nullptr) {
     service::log_message(kFailed,
                          "Couldn't allocate TEXT record size %" PRIu64 ", m_allocSize<%" PRIu32

@@ -60,10 +60,9 @@ class CTextBlock final : public CDataBlock {
   bool AddValue(std::string_view text);
   bool Append(std::string_view bytes);
   void Put(std::string_view bytes);
-  std::uint64_t OffsetInBuffer(const char* at) const;
   static Growth GrownFor(std::uint64_t length, std::uint64_t size);
-  bool MakeRoom(std::uint64_t separator, std::uint64_t text);
-  bool Grow(const Growth& growth);
+  bool MakeRoom(std::uint64_t separator, std::uint64_t text, const void** source = nullptr);
+  bool Grow(const Growth& growth, const void** source);
   bool ReadPair(FID& id, CDataItem* item);
 
   char* m_data = nullptr;         // the caller's while m_reserved is 0, else this block's

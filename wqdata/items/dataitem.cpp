@@ -11,6 +11,9 @@
 namespace wqd {
 namespace {
 
+/// With its NUL it still has a size that an int can say.
+constexpr std::size_t kLongestText = std::numeric_limits<int>::max() - 1;
+
 std::int16_t low_16_bits(std::int32_t value) { return static_cast<std::int16_t>(value); }
 
 }  // namespace
@@ -61,6 +64,7 @@ CDataItem::CDataItem(FID id, const char* text, int length) {
 
 CDataItem::~CDataItem() {
   if (OwnsStringBuffer()) delete[] m_string;
+  ReplaceBlock(nullptr);
 }
 
 /// The string buffer stays as it is: constructors fill in no more than they must.
@@ -73,10 +77,21 @@ void CDataItem::Initialize() {
 
 bool CDataItem::OwnsStringBuffer() const { return m_string != m_buffer; }
 
-void CDataItem::ReplaceStringBuffer(char* buffer, std::uint32_t capacity) {
+void CDataItem::ReplaceStringBuffer(char* buffer, std::uint32_t capacity) const {
   if (OwnsStringBuffer()) delete[] m_string;
   m_string = buffer;
   m_capacity = capacity;
+}
+
+/// Makes room for more than `size` bytes, twice that when the buffer has to move; what it held is
+/// not kept. False, with the buffer as it was, when there is no memory.
+bool CDataItem::ResizeStringBuffer(std::uint64_t size) const {
+  if (size < m_capacity) return true;
+  if (size > kLongestText) return false;
+  char* const larger = new (std::nothrow) char[static_cast<std::size_t>(2 * size)];
+  if (larger == nullptr) return false;
+  ReplaceStringBuffer(larger, static_cast<std::uint32_t>(2 * size));
+  return true;
 }
 
 void CDataItem::Set(FID id, std::int16_t value) {
@@ -104,10 +119,9 @@ void CDataItem::Set(FID id, double value) {
 }
 
 void CDataItem::Set(FID id, const char* text, int length) {
-  constexpr std::size_t kTooLong = std::numeric_limits<int>::max();
   if (is_missing(text)) return SetError(id, kMissing);
   const std::size_t bytes = length < 0 ? std::strlen(text) : static_cast<std::size_t>(length);
-  if (bytes >= kTooLong) return;
+  if (bytes > kLongestText) return;
   if (bytes < m_capacity) {
     std::memmove(m_string, text, bytes);
   } else {
@@ -134,25 +148,32 @@ void CDataItem::SetId(FID id) { m_id = id; }
 void CDataItem::Copy(const CDataItem& other) {
   if (this == &other) return;
   if (other.m_type == TYPE_STRING) return Set(other.m_id, other.m_string, other.m_size - 1);
-  m_id = other.m_id;
-  m_type = other.m_type;
-  m_size = other.m_size;
+  if (other.HoldsBlock()) return CopyBlock(other);
+  TakeHeader(other);
   std::memcpy(&m_value, &other.m_value, static_cast<std::size_t>(m_size));
 }
 
-/// A text that fits is copied, so that a large buffer of this item stays in use; any other lies in
-/// a larger buffer, which changes hands.
+void CDataItem::TakeHeader(const CDataItem& other) {
+  m_id = other.m_id;
+  m_type = other.m_type;
+  m_size = other.m_size;
+}
+
+/// A block changes hands. A text that fits is copied, so that a large buffer of this item stays in
+/// use; any other lies in a larger buffer, which changes hands.
 void CDataItem::TakeOver(CDataItem& other) {
   const bool fits = other.m_type != TYPE_STRING || is_missing(other.m_string) ||
                     static_cast<std::uint32_t>(other.m_size) <= m_capacity;
-  if (fits) {
+  if (other.HoldsBlock()) {
+    ReplaceBlock(std::exchange(other.m_vector, nullptr));
+    TakeHeader(other);
+    m_value = other.m_value;
+  } else if (fits) {
     Copy(other);
   } else {
     ReplaceStringBuffer(std::exchange(other.m_string, other.m_buffer),
                         std::exchange(other.m_capacity, kEmbeddedCapacity));
-    m_id = other.m_id;
-    m_type = other.m_type;
-    m_size = other.m_size;
+    TakeHeader(other);
   }
   other.SetError(FID{0}, kNeverSet);
 }
@@ -223,6 +244,7 @@ double CDataItem::ConvertToFloat() const {
 }
 
 const char* CDataItem::ConvertToString() const {
+  if (m_type == TYPE_VECTOR_STRING) return JoinStrings();
   m_string[0] = '\0';
   Print(m_string, kEmbeddedCapacity);
   return m_string;

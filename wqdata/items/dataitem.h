@@ -12,8 +12,8 @@
 namespace wqd {
 
 /// The value of one field: an identifier, a type code, and a number, a price, a date, a time, a
-/// text or an error marker. Blocks take an item for each field that is added and fill one for each
-/// field that is read.
+/// text, a vector of these, a blob or an error marker. Blocks take an item for each field that is
+/// added and fill one for each field that is read.
 ///
 /// One rule shapes the class: a value that equals its type's missing marker (types.h) is never
 /// held as a value. It makes the item a TYPE_ERROR item of that identifier with error value 2, and
@@ -58,6 +58,10 @@ class WQDATA_API CDataItem {
   CDataItem(FID id, const CZulTime& value);
   CDataItem(FID id, const ZULTIME& value);
 
+  /// The blob of `Set(data, size)`, with identifier 0; for a `size` of 0 as the default
+  /// constructor.
+  CDataItem(void* data, int size);
+
   /// With `isError` false as `Set(id, value)`. With `isError` true the error item of error value
   /// `value`, without a test for a marker.
   CDataItem(FID id, std::int16_t value, bool isError = false);
@@ -90,6 +94,29 @@ class WQDATA_API CDataItem {
   /// or more leaves the item as it was.
   void Set(FID id, const char* text, int length);
 
+  /// Store a copy of `count` elements. They are not tested for missing-value markers. `values` may
+  /// be this item's own vector; null with a count above 0, and a count beyond 2^31 - 1, leave the
+  /// item as it was. The elements of a price vector are long prices that share one base code.
+  void SetVector(FID id, const double* values, std::uint32_t count);
+  void SetVector(FID id, const std::int32_t* values, std::uint32_t count);
+  void SetVector(FID id, const std::int16_t* values, std::uint32_t count);
+  void SetVector(FID id, const std::int32_t* values, std::uint16_t baseCode, std::uint32_t count);
+  void SetVector(FID id, const ZULDATE* values, std::uint32_t count);
+  void SetVector(FID id, const ZULTIME* values, std::uint32_t count);
+
+  /// The same for NUL-ended strings, one behind the other, `size` bytes in all.
+  void SetVector(FID id, const char* values, std::uint32_t size);
+
+  /// The same for a vector of the code `type` whose elements lie at any address, as in a record;
+  /// the base code is that of a price vector. True when stored. A `type` that is no vector's
+  /// changes nothing.
+  bool SetVector(FID id, int type, const void* values, std::uint32_t count,
+                 std::uint16_t baseCode = 0);
+
+  /// Stores a copy of `size` bytes as a blob under the identifier that the item has. A `size` of 0
+  /// or below, and null, change nothing. `data` may be this item's own block.
+  void Set(void* data, int size);
+
   /// The error item of `id` and `error`, with no test.
   void SetError(FID id, std::int16_t error);
 
@@ -106,8 +133,9 @@ class WQDATA_API CDataItem {
   /// The type code, one of the TYPE_ constants.
   int GetType() const;
 
-  /// The size of the value: bytes of a number (a price 16, a date or time 4, an error value 2);
-  /// bytes of a text with its NUL. `GetLength` is the same number.
+  /// The size of the value: bytes of a number (a price 16, a date or time 4, an error value 2), of
+  /// a text with its NUL, of a blob, of the strings of a string vector; elements of any other
+  /// vector. `GetLength` is the same number.
   int GetSize() const;
   int GetLength();
 
@@ -147,12 +175,20 @@ class WQDATA_API CDataItem {
   /// without a time give MISSING_TIME_SECONDS.
   CZulTime GetTime() const;
 
-  /// The base code of a TYPE_LPACK item. For other types the result has no meaning.
+  /// The elements of a vector, or the bytes of a blob. They stay the item's, and valid until its
+  /// next `SetVector`, blob `Set`, `Copy` of either, or its end. Not tested for the type: null for
+  /// an item that never held any, and the old block for one that has since become a number or a
+  /// text.
+  void* GetVectorPtr();
+
+  /// The base code of a TYPE_LPACK or TYPE_VECTOR_LPACK item. For other types the result has no
+  /// meaning.
   std::int16_t GetBaseCode() const;
 
-  /// The value as text: a text itself, for any other type what `Print` writes, empty if it writes
-  /// nothing. The result lives in this item, until the next `GetString` of a value that is no text,
-  /// the next text stored here, a move from the item, or its end.
+  /// The value as text: a text itself, a string vector as `"a","b"` with nothing escaped, any other
+  /// type what `Print` writes, empty if it writes nothing or there is no memory. The result lives
+  /// in this item, until the next `GetString` of a value that is no text, the next text stored
+  /// here, a move from the item, or its end.
   const char* GetString() const;
 
   /// Writes the value's text into `buffer`, touching at most `size` bytes: "%.4f" of a double (315
@@ -181,7 +217,14 @@ class WQDATA_API CDataItem {
 
   void Initialize();
   bool OwnsStringBuffer() const;
-  void ReplaceStringBuffer(char* buffer, std::uint32_t capacity);
+  void ReplaceStringBuffer(char* buffer, std::uint32_t capacity) const;
+  bool ResizeStringBuffer(std::uint64_t size) const;
+  bool StoreBlock(int type, const void* values, std::uint32_t count);
+  void ReplaceBlock(void* block);
+  bool HoldsBlock() const;
+  void CopyBlock(const CDataItem& other);
+  const char* JoinStrings() const;
+  void TakeHeader(const CDataItem& other);
   void TakeOver(CDataItem& other);
 
   std::int16_t ConvertToShort() const;

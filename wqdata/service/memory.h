@@ -14,7 +14,11 @@ inline constexpr std::uint64_t kLargestBlock = INT32_MAX;
 /// from here. Room is taken half as large again as it was, so that appending costs what the bytes
 /// cost; where the system refuses that much, the bare need is tried. Null when memory is short or
 /// `needed` is above `kLargestBlock`: the buffer and `capacity` then stand as they were.
-[[nodiscard]] void* grown(void* bytes, std::uint32_t& capacity, std::uint64_t needed);
+///
+/// `source`, if not null, is the address of bytes that are about to be appended. Where they lie in
+/// the buffer itself, it moves along.
+[[nodiscard]] void* grown(void* bytes, std::uint32_t& capacity, std::uint64_t needed,
+                          const void** source = nullptr);
 
 /// Gives back what `grown` returned. Null is ignored.
 void release(void* bytes);

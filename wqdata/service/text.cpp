@@ -74,11 +74,10 @@ int put_text(std::string_view text, char* buffer, int size) {
   return static_cast<int>(written);
 }
 
-std::string_view fixed_text(double value, NumberText& room) {
-  constexpr int kDecimals = 4;
+std::string_view fixed_text(double value, NumberText& room, int decimals) {
   char* const begin = room.data();
   const char* const end =
-      std::to_chars(begin, begin + room.size(), value, std::chars_format::fixed, kDecimals).ptr;
+      std::to_chars(begin, begin + room.size(), value, std::chars_format::fixed, decimals).ptr;
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 

@@ -18,8 +18,9 @@ int put_text(std::string_view text, char* buffer, int size);
 /// Room for the longest text of a number: the largest double as "%.4f" has 315 characters.
 using NumberText = std::array<char, 328>;
 
-/// What printf writes for "%.4f", "nan" and "inf" included. The view is into `room`.
-std::string_view fixed_text(double value, NumberText& room);
+/// What printf writes for "%.4f", or with that many decimals, to 6: "nan" and "inf" included. The
+/// view is into `room`.
+std::string_view fixed_text(double value, NumberText& room, int decimals = 4);
 
 /// What printf writes for "%d". The view is into `room`.
 std::string_view decimal_text(std::int32_t value, NumberText& room);

@@ -1,0 +1,20 @@
+/// Between the fields of the binary formats and items.
+#ifndef WQDATA_BLOCKS_FIELDITEM_H_
+#define WQDATA_BLOCKS_FIELDITEM_H_
+
+#include <wqdata/items/dataitem.h>
+#include <wqdata/service/fieldlayout.h>
+
+namespace wqd {
+
+/// Fills `item` with a field, through the item's own `Set`, so that markers become error items.
+/// False, with the item as it was, when there is no memory for a text or a vector; false, with the
+/// error item of value 2, for a type that is unknown (`view.layout` is null).
+bool fill_item(const service::FieldView& view, CDataItem& item);
+
+/// The number of NUL-ended strings in `bytes` bytes, one without its NUL at the end included.
+std::uint32_t count_strings(const void* strings, std::uint32_t bytes);
+
+}  // namespace wqd
+
+#endif  // WQDATA_BLOCKS_FIELDITEM_H_

@@ -1,0 +1,359 @@
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+
+#include <wqdata/blocks/fielditem.h>
+#include <wqdata/blocks/zul3block.h>
+#include <wqdata/items/dataitem.h>
+#include <wqdata/service/bigzul3.h>
+#include <wqdata/service/operations.h>
+#include <wqdata/service/text.h>
+
+namespace wqd {
+namespace {
+
+using service::kZul3FieldCountAt;
+using service::kZul3HeaderSize;
+using service::kZul3LengthAt;
+using service::kZul3RecordCountAt;
+
+constexpr int kFailed = 1;
+constexpr int kIgnored = 2;
+constexpr int kUnhandled = 0;
+
+constexpr std::uint32_t kMostItemElements = 16000;  // of a longer vector of an item, the last ones
+
+/// The type of an item and its value, as the log shows them; a text is left out.
+void describe(CDataItem& item, char* text, std::size_t size) {
+  const CFixPtNum price = item.GetFPN();
+  const CZulDate date = item.GetDate();
+  const ZULTIME time = item.GetTime();
+  service::NumberText number;
+  const auto count = [&](const char* name) {
+    std::snprintf(text, size, "%s<%d>", name, item.GetSize());
+  };
+  switch (item.GetType()) {
+    case TYPE_DOUBLE: {
+      const std::string_view real = service::fixed_text(item.GetFloat(), number, 6);
+      std::snprintf(text, size, "TYPE_DOUBLE, val<%.*s>", static_cast<int>(real.size()),
+                    real.data());
+      return;
+    }
+    case TYPE_INT: std::snprintf(text, size, "TYPE_INT, val<%d>", item.GetShort()); return;
+    case TYPE_LONG:
+      std::snprintf(text, size, "TYPE_LONG, val<%" PRId32 ">", item.GetLong());
+      return;
+    case TYPE_LPACK:
+      std::snprintf(text, size, "TYPE_LPACK, val<%" PRId32 ", %d>",
+                    static_cast<std::int32_t>(price), price.GetBaseCode());
+      return;
+    case TYPE_DATE:
+      std::snprintf(text, size, "TYPE_DATE, val<%d/%d/%d>", date.Month(), date.Day(), date.Year());
+      return;
+    case TYPE_TIME:
+      std::snprintf(text, size, "TYPE_TIME, val<%d,%d>", time.minutes, time.seconds);
+      return;
+    case TYPE_ERROR: std::snprintf(text, size, "TYPE_ERROR, val<%d>", item.GetError()); return;
+    case TYPE_VECTOR_DOUBLE: return count("TYPE_VECTOR_DOUBLE, nElements");
+    case TYPE_VECTOR_LPACK: return count("TYPE_VECTOR_LPACK, nElements");
+    case TYPE_VECTOR_LONG: return count("TYPE_VECTOR_LONG, nelements");
+    case TYPE_VECTOR_INT: return count("TYPE_VECTOR_INT, nelements");
+    case TYPE_VECTOR_DATE: return count("TYPE_VECTOR_DATE, nelements");
+    case TYPE_VECTOR_TIME: return count("TYPE_VECTOR_TIME, nelements");
+    default: std::snprintf(text, size, "TYPE_VECTOR_STRING, wSize<%d>", item.GetSize() & 0xFFFF);
+  }
+}
+
+}  // namespace
+
+CZul3Block::CZul3Block() { m_format = ZUL3; }
+
+CZul3Block::CZul3Block(void* bytes, int size) : m_pRecord(static_cast<std::uint8_t*>(bytes)) {
+  m_format = ZUL3;
+  m_readOnly = bytes != nullptr;
+  if (m_readOnly && size >= 0) m_present = static_cast<std::uint32_t>(size);
+  if (m_readOnly) FirstRecord();
+}
+
+CZul3Block::~CZul3Block() {
+  if (m_allocSize > 0) service::BigZUL3_free(m_pRecord);
+}
+
+/// A wrapped record stays unwritten even when an assignment took its read-only flag away.
+bool CZul3Block::IsWritable() const {
+  return !m_readOnly && (m_pRecord == nullptr || m_allocSize > 0);
+}
+
+/// Bytes of the record; 0 for none, and for bytes that are no whole header.
+std::uint32_t CZul3Block::Length() const {
+  if (m_pRecord == nullptr || m_present < kZul3HeaderSize) return 0;
+  const auto length = service::load<std::uint32_t>(m_pRecord + kZul3LengthAt);
+  const std::uint32_t present = std::min(length, m_present);
+  return present < kZul3HeaderSize ? 0 : present;
+}
+
+std::uint16_t CZul3Block::HeaderWord(std::uint32_t offset) const {
+  return Length() == 0 ? std::uint16_t{0} : service::load<std::uint16_t>(m_pRecord + offset);
+}
+
+void CZul3Block::SetHeaderWord(std::uint32_t offset, std::uint16_t word) {
+  service::store(m_pRecord + offset, word);
+}
+
+void* CZul3Block::GetData() { return m_pRecord; }
+
+int CZul3Block::GetDataSize() {
+  return static_cast<int>(std::min<std::uint32_t>(Length(), INT32_MAX));
+}
+
+int CZul3Block::GetRecordCount() { return HeaderWord(kZul3RecordCountAt); }
+
+int CZul3Block::GetFieldCount() { return HeaderWord(kZul3FieldCountAt); }
+
+bool CZul3Block::StartRecord() {
+  if (!IsWritable()) return false;
+  if (m_pRecord != nullptr) SetHeaderWord(kZul3FieldCountAt, 0);
+  return true;
+}
+
+bool CZul3Block::EndRecord() {
+  if (!IsWritable()) return false;
+  const std::uint16_t records = HeaderWord(kZul3RecordCountAt);
+  const std::uint16_t fields = HeaderWord(kZul3FieldCountAt);
+  if (fields == 0) {
+    if (records > 0) SetHeaderWord(kZul3FieldCountAt, m_finishedFields);
+    return true;
+  }
+  if (records == UINT16_MAX) return false;
+  m_finishedFields = fields;
+  SetHeaderWord(kZul3RecordCountAt, static_cast<std::uint16_t>(records + 1));
+  return true;
+}
+
+bool CZul3Block::Add(CDataItem& item) {
+  if (!IsWritable()) return false;
+  switch (item.GetType()) {
+    case TYPE_DOUBLE:
+    case TYPE_LONG:
+    case TYPE_INT:
+    case TYPE_LPACK:
+    case TYPE_STRING:
+    case TYPE_DATE:
+    case TYPE_TIME:
+    case TYPE_ERROR: return AddScalar(item) || Refused(item);
+    case TYPE_VECTOR_DOUBLE:
+    case TYPE_VECTOR_LONG:
+    case TYPE_VECTOR_INT:
+    case TYPE_VECTOR_LPACK:
+    case TYPE_VECTOR_DATE:
+    case TYPE_VECTOR_TIME: return AddVector(item) || Refused(item);
+    case TYPE_VECTOR_STRING: return AddStrings(item) || Refused(item);
+    case TYPE_EMPTY:
+      service::log_message(kIgnored,
+                           "CZul3Block::Add(CDataItem&) failed, fid<%d>, TYPE_EMPTY, ignored",
+                           item.GetId());
+      return true;
+    default:
+      service::log_message(kUnhandled, "Unhandled type<%d> in CZul3Block::Add(CDataItem&)",
+                           item.GetType());
+      return true;
+  }
+}
+
+bool CZul3Block::AddScalar(CDataItem& item) {
+  const FID id = item.GetId();
+  const auto add = [this, &item, id](auto value) { return AddField(item.GetType(), id, &value); };
+  switch (item.GetType()) {
+    case TYPE_DOUBLE: return add(item.GetFloat());
+    case TYPE_LONG: return add(item.GetLong());
+    case TYPE_INT: return add(item.GetShort());
+    case TYPE_DATE: return add(static_cast<ZULDATE>(item.GetDate()));
+    case TYPE_TIME: return add(static_cast<ZULTIME>(item.GetTime()));
+    case TYPE_ERROR: return add(item.GetError());
+    case TYPE_STRING: return AddField(TYPE_STRING, id, item.GetString());
+    default: break;
+  }
+  const CFixPtNum price = item.GetFPN();
+  const auto baseCode = static_cast<std::uint16_t>(price.GetBaseCode());
+  return service::BigZUL3_add_lpack(m_pRecord, id, baseCode, price, m_allocSize) != 0;
+}
+
+/// The head of a vector beyond the limit is left out, and no word said.
+bool CZul3Block::AddVector(CDataItem& item) {
+  const auto count = static_cast<std::uint32_t>(item.GetSize());
+  const std::uint32_t taken = std::min(count, kMostItemElements);
+  const std::uint64_t width = service::find_layout(service::kZul3Fields, item.GetType())->width;
+  const auto* const elements = static_cast<const std::uint8_t*>(item.GetVectorPtr());
+  const bool prices = item.GetType() == TYPE_VECTOR_LPACK;
+  const auto baseCode = static_cast<std::uint16_t>(prices ? item.GetBaseCode() : 0);
+  return AddVector(item.GetType(), item.GetId(), elements + (count - taken) * width, baseCode,
+                   taken);
+}
+
+/// A size beyond 16 bits is refused: its low bits alone would cut a string in two.
+bool CZul3Block::AddStrings(CDataItem& item) {
+  const auto size = static_cast<std::uint32_t>(item.GetSize());
+  const auto* const strings = static_cast<const char*>(item.GetVectorPtr());
+  return AddStringVector(item.GetId(), strings, count_strings(strings, size), size);
+}
+
+bool CZul3Block::AddField(int type, FID id, const void* value) {
+  return service::BigZUL3_add_field(m_pRecord, type, id, value, m_allocSize) == 0;
+}
+
+bool CZul3Block::AddVector(int type, FID id, const void* elements, std::uint16_t baseCode,
+                           std::uint32_t count) {
+  return IsWritable() && service::BigZUL3_add_vector(m_pRecord, type, id, count, baseCode, elements,
+                                                     m_allocSize) == 0;
+}
+
+/// Says in the log what could not be added. Always false.
+bool CZul3Block::Refused(CDataItem& item) {
+  char value[std::tuple_size_v<service::NumberText> + 40];
+  describe(item, value, sizeof value);
+  const int id = item.GetId();
+  if (item.GetType() == TYPE_STRING) {
+    service::log_message(kFailed,
+                         "CZul3Block::Add(CDataItem&) failed, fid<%d>, TYPE_STRING, val<%s>, "
+                         "m_allocSize<%" PRIu32 ">",
+                         id, item.GetString(), m_allocSize);
+  } else {
+    service::log_message(
+        kFailed, "CZul3Block::Add(CDataItem&) failed, fid<%d>, %s, m_allocSize<%" PRIu32 ">", id,
+        value, m_allocSize);
+  }
+  service::log_message(
+      kFailed, "CZul3Block::Add(CDataItem&) failed, fid<%d>, type<%d>, m_allocSize<%" PRIu32 ">",
+      id, item.GetType(), m_allocSize);
+  return false;
+}
+
+bool CZul3Block::Add(FID id, const char* text) {
+  if (!IsWritable() || text == nullptr) return false;
+  if (AddField(TYPE_STRING, id, text)) return true;
+  service::log_message(kFailed,
+                       "BigZUL3_add_field failed for Add(FID, const char*), fid<%d>, sz<%s>, "
+                       "m_allocSize<%" PRIu32 ">",
+                       int{id}, text, m_allocSize);
+  return false;
+}
+
+bool CZul3Block::AddShortVector(FID id, const std::int16_t* values, std::uint32_t count) {
+  return AddVector(TYPE_VECTOR_INT, id, values, 0, count);
+}
+
+bool CZul3Block::AddLongVector(FID id, const std::int32_t* values, std::uint32_t count) {
+  return AddVector(TYPE_VECTOR_LONG, id, values, 0, count);
+}
+
+bool CZul3Block::AddDoubleVector(FID id, const double* values, std::uint32_t count) {
+  return AddVector(TYPE_VECTOR_DOUBLE, id, values, 0, count);
+}
+
+bool CZul3Block::AddDateVector(FID id, const ZULDATE* values, std::uint32_t count) {
+  return AddVector(TYPE_VECTOR_DATE, id, values, 0, count);
+}
+
+bool CZul3Block::AddTimeVector(FID id, const ZULTIME* values, std::uint32_t count) {
+  return AddVector(TYPE_VECTOR_TIME, id, values, 0, count);
+}
+
+bool CZul3Block::AddPriceVector(FID id, const std::int32_t* prices, std::int16_t baseCode,
+                                std::uint32_t count) {
+  return AddVector(TYPE_VECTOR_LPACK, id, prices, static_cast<std::uint16_t>(baseCode), count);
+}
+
+bool CZul3Block::AddStringVector(FID id, const char* strings, std::uint32_t count,
+                                 std::uint32_t bytes) {
+  return IsWritable() &&
+         service::BigZUL3_add_string_vector(m_pRecord, id, count, bytes, strings, m_allocSize) == 0;
+}
+
+bool CZul3Block::FirstRecord() {
+  m_recordIndex = 0;
+  m_recordStart = m_pRecord != nullptr ? kZul3HeaderSize : 0;
+  return FirstField();
+}
+
+bool CZul3Block::FirstField() {
+  const bool counted = !m_readOnly || HeaderWord(kZul3FieldCountAt) > 0;
+  const bool any = counted && m_recordStart < Length();
+  m_field = any ? m_recordStart : 0;
+  m_fieldIndex = 0;
+  return m_field != 0;
+}
+
+bool CZul3Block::NextField() {
+  if (m_field == 0 || m_fieldIndex + 1 >= HeaderWord(kZul3FieldCountAt)) return false;
+  return StepField();
+}
+
+/// Moves on by a field, also across the end of a record.
+bool CZul3Block::StepField() {
+  const std::uint8_t* const next =
+      service::BigZUL3_next_field(m_pRecord + m_field, m_pRecord + Length());
+  m_field = next != nullptr ? static_cast<std::uint32_t>(next - m_pRecord) : 0;
+  ++m_fieldIndex;
+  return m_field != 0;
+}
+
+/// The record's extent stands nowhere: the next one begins behind the fields that are left.
+bool CZul3Block::NextRecord() {
+  const std::uint16_t fields = HeaderWord(kZul3FieldCountAt);
+  if (m_recordIndex + 1 >= HeaderWord(kZul3RecordCountAt)) {
+    m_field = 0;
+    return false;
+  }
+  if (m_field == 0) FirstField();
+  while (m_field != 0 && m_fieldIndex < fields) StepField();
+  ++m_recordIndex;
+  m_recordStart = m_field;
+  m_fieldIndex = 0;
+  return m_field != 0;
+}
+
+bool CZul3Block::FindField(FID id) {
+  service::FieldView view;
+  for (bool more = FirstField(); more; more = NextField()) {
+    if (View(view) && view.id == id) return true;
+  }
+  return false;
+}
+
+int CZul3Block::GetVectorSize() {
+  std::uint32_t largest = 0;
+  service::FieldView view;
+  for (bool more = FirstField(); more; more = NextField()) {
+    if (View(view)) largest = std::max(largest, service::vector_size(view));
+  }
+  return static_cast<int>(largest);
+}
+
+bool CZul3Block::View(service::FieldView& view) const {
+  const std::uint32_t length = Length();
+  if (m_field == 0 || m_field >= length) return false;
+  return service::view_field(service::kZul3Fields, {m_pRecord + m_field, length - m_field}, view);
+}
+
+bool CZul3Block::GetCurrentField(CDataItem* item) {
+  service::FieldView view;
+  if (!View(view)) return false;
+  if (item == nullptr) return view.layout != nullptr;
+  if (fill_item(view, *item)) return true;
+  if (view.layout != nullptr) return false;
+  service::log_error("Unhandled type<%d> for fid<%d> inside CZul3Block::GetCurrentField", view.type,
+                     int{view.id});
+  return false;
+}
+
+FID CZul3Block::GetCurrentFieldId() {
+  service::FieldView view;
+  return View(view) ? view.id : FID{0};
+}
+
+int CZul3Block::GetCurrentFieldType() {
+  service::FieldView view;
+  return View(view) ? view.type : 0;
+}
+
+}  // namespace wqd

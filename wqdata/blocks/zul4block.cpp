@@ -1,0 +1,236 @@
+#include <algorithm>
+
+#include <wqdata/blocks/fielditem.h>
+#include <wqdata/blocks/zul4block.h>
+#include <wqdata/items/dataitem.h>
+#include <wqdata/items/missing.h>
+#include <wqdata/service/operations.h>
+
+namespace wqd {
+namespace {
+
+constexpr int kFailed = 1;
+
+std::uint16_t low_16_bits(int baseCode) { return static_cast<std::uint16_t>(baseCode); }
+
+bool is_vector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= TYPE_VECTOR_TIME; }
+
+}  // namespace
+
+CZul4Block::CZul4Block() { m_format = ZUL4; }
+
+CZul4Block::CZul4Block(void* bytes, int size) {
+  m_format = ZUL4;
+  m_readOnly = m_wrapped = bytes != nullptr;
+  const std::uint32_t present = size < 0 ? UINT32_MAX : static_cast<std::uint32_t>(size);
+  if (m_wrapped) service::ZUL4_attach(static_cast<std::uint8_t*>(bytes), m_handle, present);
+}
+
+CZul4Block::CZul4Block(Fixed fixed) {
+  m_format = ZUL4;
+  service::ZUL4_attach_fixed(m_handle, fixed.buffer, fixed.size);
+}
+
+CZul4Block::~CZul4Block() {
+  if ((m_handle.flags & service::kZul4Borrowed) == 0) service::ZUL4_free(m_handle.record);
+}
+
+/// A wrapped record stays unwritten even when an assignment took its read-only flag away.
+bool CZul4Block::IsWritable() const { return !m_readOnly && !m_wrapped; }
+
+void* CZul4Block::GetData() { return m_handle.record; }
+
+int CZul4Block::GetDataSize() {
+  return static_cast<int>(std::min<std::uint32_t>(service::ZUL4_length(m_handle), INT32_MAX));
+}
+
+int CZul4Block::GetRecordCount() { return service::ZUL4_record_count(m_handle); }
+
+int CZul4Block::GetFieldCount() { return service::ZUL4_field_count(m_handle); }
+
+bool CZul4Block::StartRecord() {
+  if (!IsWritable()) return false;
+  if (m_handle.record == nullptr) service::ZUL4_create(m_handle);
+  service::ZUL4_add_record(m_handle);
+  return true;
+}
+
+bool CZul4Block::EndRecord() { return IsWritable(); }
+
+bool CZul4Block::Add(FID id, const ZULTIME& value) {
+  if (!IsWritable()) return false;
+  if (is_missing(value)) return AddError(id, kMissing);
+  return service::ZUL4_add_time(m_handle, id, value) == 0;
+}
+
+bool CZul4Block::Add(FID id, const ZULDATE& value) {
+  if (!IsWritable()) return false;
+  if (is_missing(value)) return AddError(id, kMissing);
+  return service::ZUL4_add_date(m_handle, id, value) == 0;
+}
+
+bool CZul4Block::Add(FID id, const CFixPtNum& value) {
+  if (!IsWritable()) return false;
+  if (is_missing(static_cast<FPN>(value))) return AddError(id, kMissing);
+  return service::ZUL4_add_lpack(m_handle, id, low_16_bits(value.GetBaseCode()), value) == 0;
+}
+
+bool CZul4Block::Add(FID id, double value) {
+  if (!IsWritable()) return false;
+  if (is_missing(value)) return AddError(id, kMissing);
+  return service::ZUL4_add_double(m_handle, id, value) == 0;
+}
+
+bool CZul4Block::Add(FID id, std::int32_t value) {
+  if (!IsWritable()) return false;
+  if (is_missing(value)) return AddError(id, kMissing);
+  return service::ZUL4_add_long(m_handle, id, value) == 0;
+}
+
+bool CZul4Block::Add(FID id, std::int16_t value) {
+  if (!IsWritable()) return false;
+  if (is_missing(value)) return AddError(id, kMissing);
+  return service::ZUL4_add_short(m_handle, id, value) == 0;
+}
+
+bool CZul4Block::AddError(FID id, std::int16_t error) {
+  return IsWritable() && service::ZUL4_add_error(m_handle, id, error) == 0;
+}
+
+bool CZul4Block::Add(FID id, const char* text) {
+  if (!IsWritable() || text == nullptr) return false;
+  return service::ZUL4_add_string(m_handle, id, text) == 0 || Refused();
+}
+
+bool CZul4Block::Add(CDataItem& item) {
+  if (!IsWritable()) return false;
+  const int type = item.GetType();
+  if (is_vector(type)) return AddVector(item) || Refused();
+  if (service::find_layout(service::kZul4Fields, type) == nullptr || type == TYPE_EMPTY)
+    return false;
+  return AddScalar(item) || Refused();
+}
+
+bool CZul4Block::AddScalar(CDataItem& item) {
+  const FID id = item.GetId();
+  switch (item.GetType()) {
+    case TYPE_INT: return service::ZUL4_add_short(m_handle, id, item.GetShort()) == 0;
+    case TYPE_LONG: return service::ZUL4_add_long(m_handle, id, item.GetLong()) == 0;
+    case TYPE_DOUBLE: return service::ZUL4_add_double(m_handle, id, item.GetFloat()) == 0;
+    case TYPE_DATE: return service::ZUL4_add_date(m_handle, id, item.GetDate()) == 0;
+    case TYPE_TIME: return service::ZUL4_add_time(m_handle, id, item.GetTime()) == 0;
+    case TYPE_STRING: return service::ZUL4_add_string(m_handle, id, item.GetString()) == 0;
+    case TYPE_ERROR: return service::ZUL4_add_error(m_handle, id, item.GetError()) == 0;
+    default: break;
+  }
+  const CFixPtNum price = item.GetFPN();
+  return service::ZUL4_add_lpack(m_handle, id, low_16_bits(price.GetBaseCode()), price) == 0;
+}
+
+bool CZul4Block::AddVector(CDataItem& item) {
+  const FID id = item.GetId();
+  const auto size = static_cast<std::uint32_t>(item.GetSize());
+  const void* const elements = item.GetVectorPtr();
+  switch (item.GetType()) {
+    case TYPE_VECTOR_LONG:
+      return AddLongVector(id, static_cast<const std::int32_t*>(elements), size);
+    case TYPE_VECTOR_INT:
+      return AddShortVector(id, static_cast<const std::int16_t*>(elements), size);
+    case TYPE_VECTOR_DOUBLE: return AddDoubleVector(id, static_cast<const double*>(elements), size);
+    case TYPE_VECTOR_DATE: return AddDateVector(id, static_cast<const ZULDATE*>(elements), size);
+    case TYPE_VECTOR_TIME: return AddTimeVector(id, static_cast<const ZULTIME*>(elements), size);
+    case TYPE_VECTOR_LPACK:
+      return AddPriceVector(id, static_cast<const std::int32_t*>(elements), item.GetBaseCode(),
+                            size);
+    default: break;
+  }
+  const auto* const strings = static_cast<const char*>(elements);
+  return AddStringVector(id, strings, count_strings(strings, size), size);
+}
+
+/// Says in the log that a field found no room. Always false.
+bool CZul4Block::Refused() {
+  service::log_message(kFailed, "Couldn't allocate ZUL4 record size %d", GetDataSize());
+  return false;
+}
+
+bool CZul4Block::AddShortVector(FID id, const std::int16_t* values, std::uint32_t count) {
+  return IsWritable() && service::ZUL4_add_short_vector(m_handle, id, values, count) == 0;
+}
+
+bool CZul4Block::AddLongVector(FID id, const std::int32_t* values, std::uint32_t count) {
+  return IsWritable() && service::ZUL4_add_long_vector(m_handle, id, values, count) == 0;
+}
+
+bool CZul4Block::AddDoubleVector(FID id, const double* values, std::uint32_t count) {
+  return IsWritable() && service::ZUL4_add_double_vector(m_handle, id, values, count) == 0;
+}
+
+bool CZul4Block::AddDateVector(FID id, const ZULDATE* values, std::uint32_t count) {
+  return IsWritable() && service::ZUL4_add_date_vector(m_handle, id, values, count) == 0;
+}
+
+bool CZul4Block::AddTimeVector(FID id, const ZULTIME* values, std::uint32_t count) {
+  return IsWritable() && service::ZUL4_add_time_vector(m_handle, id, values, count) == 0;
+}
+
+bool CZul4Block::AddStringVector(FID id, const char* strings, std::uint32_t count,
+                                 std::uint32_t bytes) {
+  return IsWritable() && service::ZUL4_add_string_vector(m_handle, id, strings, count, bytes) == 0;
+}
+
+bool CZul4Block::AddPriceVector(FID id, const std::int32_t* prices, std::int16_t baseCode,
+                                std::uint32_t count) {
+  return IsWritable() &&
+         service::ZUL4_add_lpack_vector(m_handle, id, low_16_bits(baseCode), prices, count) == 0;
+}
+
+bool CZul4Block::FirstRecord() { return service::ZUL4_seek_record(m_handle, 0) == 0; }
+
+bool CZul4Block::NextRecord() { return service::ZUL4_next_record(m_handle) == 0; }
+
+bool CZul4Block::FirstField() { return service::ZUL4_seek_field(m_handle, 0) == 0; }
+
+bool CZul4Block::NextField() { return service::ZUL4_next_field(m_handle) == 0; }
+
+bool CZul4Block::FindField(FID id) {
+  service::FieldView view;
+  if (!FirstField()) return false;
+  for (; service::ZUL4_current_field(m_handle, view) == 0; NextField()) {
+    if (view.id == id) return true;
+  }
+  return false;
+}
+
+int CZul4Block::GetVectorSize() {
+  std::int32_t largest = 0;
+  service::FieldView view;
+  for (bool more = FirstField(); more; more = NextField()) {
+    if (service::ZUL4_current_field(m_handle, view) != 0) break;
+    largest = std::max(largest, static_cast<std::int32_t>(service::vector_size(view)));
+  }
+  return largest;
+}
+
+bool CZul4Block::GetCurrentField(CDataItem* item) {
+  service::FieldView view;
+  if (service::ZUL4_current_field(m_handle, view) != 0) return false;
+  if (item == nullptr) return view.layout != nullptr;
+  if (fill_item(view, *item)) return true;
+  if (view.layout != nullptr) return false;
+  service::log_error("Unhandled type<%d> for fid<%d> inside CZul4Block::GetCurrentField", view.type,
+                     int{view.id});
+  return false;
+}
+
+FID CZul4Block::GetCurrentFieldId() {
+  service::FieldView view;
+  return service::ZUL4_current_field(m_handle, view) == 0 ? view.id : FID{0};
+}
+
+int CZul4Block::GetCurrentFieldType() {
+  service::FieldView view;
+  return service::ZUL4_current_field(m_handle, view) == 0 ? view.type : 0;
+}
+
+}  // namespace wqd

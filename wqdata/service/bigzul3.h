@@ -1,0 +1,49 @@
+/// Big ZUL3 records: a header of 12 bytes and the fields of all records, back to back, in one
+/// allocation. The adds create and grow the record; `record` and `allocated` are null and 0 for one
+/// that does not exist yet, and both may change with any add. An add that is refused changes
+/// nothing.
+#ifndef WQDATA_SERVICE_BIGZUL3_H_
+#define WQDATA_SERVICE_BIGZUL3_H_
+
+#include <cstdint>
+
+#include <wqdata/service/fieldlayout.h>
+
+namespace wqd::service {
+
+/// Offsets of the header's words. What lies between them is zero.
+inline constexpr std::uint32_t kZul3LengthAt = 2;  // 32 bits: bytes of the record, header included
+inline constexpr std::uint32_t kZul3RecordCountAt = 8;  // 16 bits
+inline constexpr std::uint32_t kZul3FieldCountAt = 10;  // 16 bits: fields of each record
+inline constexpr std::uint32_t kZul3HeaderSize = 12;
+
+/// Appends a field of one value or text. `value` is its address, in the platform's byte order and
+/// of the width of `type`; a text is NUL-ended. Zero when added; nonzero for a type without such a
+/// field, null, a field count beyond 16 bits, a record near 2 GiB, and without memory.
+int BigZUL3_add_field(std::uint8_t*& record, int type, FID id, const void* value,
+                      std::uint32_t& allocated);
+
+/// Appends a price. NONZERO when added: the opposite sense to its neighbours.
+int BigZUL3_add_lpack(std::uint8_t*& record, FID id, std::uint16_t baseCode, std::int32_t price,
+                      std::uint32_t& allocated);
+
+/// Appends a vector of numbers, prices, dates or times. Zero when added; nonzero as above, and for
+/// a count beyond 16 bits.
+int BigZUL3_add_vector(std::uint8_t*& record, int type, FID id, std::uint32_t count,
+                       std::uint16_t baseCode, const void* elements, std::uint32_t& allocated);
+
+/// Appends a vector of NUL-ended strings. Zero when added; nonzero as above, and unless `bytes`
+/// hold exactly `count` whole strings.
+int BigZUL3_add_string_vector(std::uint8_t*& record, FID id, std::uint32_t count,
+                              std::uint32_t size, const char* bytes, std::uint32_t& allocated);
+
+/// The field behind `field`, also across a record's end; null when `field` is the last, its type is
+/// unknown, or what it declares passes `end`, the end of the record's bytes.
+const std::uint8_t* BigZUL3_next_field(const std::uint8_t* field, const std::uint8_t* end);
+
+/// Releases what the adds made.
+void BigZUL3_free(std::uint8_t* record);
+
+}  // namespace wqd::service
+
+#endif  // WQDATA_SERVICE_BIGZUL3_H_

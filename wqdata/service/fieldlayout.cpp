@@ -1,0 +1,149 @@
+#include <algorithm>
+#include <iterator>
+
+#include <wqdata/service/fieldlayout.h>
+
+namespace wqd::service {
+namespace {
+
+//                                  elements width count base strings
+constexpr FieldLayout kZul3Layouts[] = {
+    {TYPE_DOUBLE, 4, 8, 0, 0, 0},       {TYPE_LONG, 4, 4, 0, 0, 0},
+    {TYPE_INT, 4, 2, 0, 0, 0},          {TYPE_LPACK, 6, 4, 0, 4, 0},
+    {TYPE_STRING, 6, 1, 0, 0, 0},       {TYPE_DATE, 4, 4, 0, 0, 0},
+    {TYPE_TIME, 4, 4, 0, 0, 0},         {TYPE_VECTOR_DOUBLE, 6, 8, 4, 0, 0},
+    {TYPE_VECTOR_LONG, 6, 4, 4, 0, 0},  {TYPE_VECTOR_INT, 6, 2, 4, 0, 0},
+    {TYPE_VECTOR_LPACK, 8, 4, 6, 4, 0}, {TYPE_VECTOR_STRING, 8, 1, 4, 0, 6},
+    {TYPE_VECTOR_DATE, 6, 4, 4, 0, 0},  {TYPE_VECTOR_TIME, 6, 4, 4, 0, 0},
+    {TYPE_EMPTY, 4, 0, 0, 0, 0},        {TYPE_ERROR, 4, 2, 0, 0, 0},
+};
+
+constexpr FieldLayout kZul4Layouts[] = {
+    {TYPE_DOUBLE, 4, 8, 0, 0, 0},        {TYPE_LONG, 4, 4, 0, 0, 0},
+    {TYPE_INT, 4, 2, 0, 0, 0},           {TYPE_LPACK, 8, 4, 0, 4, 0},
+    {TYPE_STRING, 8, 1, 4, 0, 0},        {TYPE_DATE, 4, 4, 0, 0, 0},
+    {TYPE_TIME, 4, 4, 0, 0, 0},          {TYPE_VECTOR_DOUBLE, 8, 8, 4, 0, 0},
+    {TYPE_VECTOR_LONG, 8, 4, 4, 0, 0},   {TYPE_VECTOR_INT, 8, 2, 4, 0, 0},
+    {TYPE_VECTOR_LPACK, 12, 4, 4, 8, 0}, {TYPE_VECTOR_STRING, 12, 1, 8, 0, 4},
+    {TYPE_VECTOR_DATE, 8, 4, 4, 0, 0},   {TYPE_VECTOR_TIME, 8, 4, 4, 0, 0},
+    {TYPE_EMPTY, 4, 0, 0, 0, 0},         {TYPE_ERROR, 4, 2, 0, 0, 0},
+};
+
+constexpr std::uint64_t kTextEnd = 1;  // the NUL behind a text
+
+std::uint64_t size_of(const FieldLayout& layout, std::uint64_t count) {
+  const std::uint64_t end = layout.type == TYPE_STRING ? kTextEnd : 0;
+  return layout.elementsAt + layout.width * count + end;
+}
+
+/// Counts, where the format has them, and base codes stand between the head and the elements.
+void store_count(const FieldFormat& format, std::uint8_t* at, std::uint32_t count) {
+  if (format.wideCounts) {
+    store(at, count);
+  } else {
+    store(at, static_cast<std::uint16_t>(count));
+  }
+}
+
+std::uint32_t load_count(const FieldFormat& format, const std::uint8_t* at) {
+  return format.wideCounts ? load<std::uint32_t>(at) : load<std::uint16_t>(at);
+}
+
+bool are_whole_strings(const FieldValue& value) {
+  const auto* const bytes = static_cast<const char*>(value.elements);
+  if (bytes == nullptr || value.count == 0) return value.count == 0 && value.strings == 0;
+  return bytes[value.count - 1] == '\0' &&
+         std::count(bytes, bytes + value.count, '\0') == std::ptrdiff_t{value.strings};
+}
+
+/// The number of elements of the field at `at`, whose words are all there.
+bool count_elements(const FieldFormat& format, const FieldLayout& layout, Bytes bytes,
+                    std::uint32_t& count) {
+  count = 1;
+  if (layout.countAt != 0) count = load_count(format, bytes.At() + layout.countAt);
+  if (layout.type != TYPE_STRING || format.countsTextBytes) return true;
+  const void* const end =
+      std::memchr(bytes.At() + layout.elementsAt, 0, bytes.Left() - layout.elementsAt);
+  if (end == nullptr) return false;
+  const auto length = static_cast<const std::uint8_t*>(end) - bytes.At() - layout.elementsAt;
+  count = static_cast<std::uint32_t>(length);
+  return true;
+}
+
+}  // namespace
+
+const FieldFormat kZul3Fields = {kZul3Layouts, std::size(kZul3Layouts), false, false};
+const FieldFormat kZul4Fields = {kZul4Layouts, std::size(kZul4Layouts), true, true};
+
+const FieldLayout* find_layout(const FieldFormat& format, int type) {
+  const FieldLayout* const end = format.layouts + format.layoutCount;
+  const FieldLayout* const found = std::find_if(
+      format.layouts, end, [type](const FieldLayout& layout) { return layout.type == type; });
+  return found == end ? nullptr : found;
+}
+
+std::uint64_t field_size(const FieldFormat& format, const FieldValue& value) {
+  const FieldLayout* const layout = find_layout(format, value.type);
+  if (layout == nullptr) return 0;
+  const std::uint32_t mostCounted = format.wideCounts ? UINT32_MAX : UINT16_MAX;
+  if (layout->countAt != 0 && value.count > mostCounted) return 0;
+  if (value.elements == nullptr && value.count > 0 && layout->width > 0) return 0;
+  if (layout->stringsAt != 0 && !are_whole_strings(value)) return 0;
+  return size_of(*layout, value.count);
+}
+
+void write_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at) {
+  const FieldLayout& layout = *find_layout(format, value.type);
+  std::memset(at, 0, layout.elementsAt);
+  store(at, static_cast<std::uint16_t>(value.type));
+  store(at + sizeof(std::uint16_t), value.id);
+  if (layout.countAt != 0) store_count(format, at + layout.countAt, value.count);
+  if (layout.baseCodeAt != 0) store(at + layout.baseCodeAt, value.baseCode);
+  if (layout.stringsAt != 0) store_count(format, at + layout.stringsAt, value.strings);
+  std::uint8_t* const elements = at + layout.elementsAt;
+  if (layout.width > 0) move_elements_of(layout.type, elements, value.elements, value.count);
+  if (layout.type == TYPE_STRING) elements[value.count] = 0;
+}
+
+bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
+  if (bytes.Left() < kFieldHead) return false;
+  const std::uint8_t* const at = bytes.At();
+  view = FieldView{};
+  view.type = load<std::uint16_t>(at);
+  view.id = load<FID>(at + sizeof(std::uint16_t));
+  view.layout = find_layout(format, view.type);
+  if (view.layout == nullptr) return true;
+  const FieldLayout& layout = *view.layout;
+  if (bytes.Left() < layout.elementsAt) return false;
+  if (!count_elements(format, layout, bytes, view.count)) return false;
+  view.elements = at + layout.elementsAt;
+  view.size = size_of(layout, view.count);
+  if (view.size > bytes.Left()) return false;
+  if (layout.baseCodeAt != 0) view.baseCode = load<std::uint16_t>(at + layout.baseCodeAt);
+  if (layout.stringsAt != 0) view.strings = load_count(format, at + layout.stringsAt);
+  return layout.type != TYPE_STRING || view.elements[view.count] == 0;
+}
+
+std::uint32_t vector_size(const FieldView& view) {
+  if (view.layout == nullptr || view.layout->countAt == 0 || view.type == TYPE_STRING) return 0;
+  return view.layout->stringsAt != 0 ? std::min(view.strings, view.count) : view.count;
+}
+
+void move_elements_of(int type, void* to, const void* from, std::size_t count) {
+  switch (type) {
+    case TYPE_DOUBLE:
+    case TYPE_VECTOR_DOUBLE: return move_elements<double>(to, from, count);
+    case TYPE_INT:
+    case TYPE_ERROR:
+    case TYPE_VECTOR_INT: return move_elements<std::int16_t>(to, from, count);
+    case TYPE_DATE:
+    case TYPE_VECTOR_DATE: return move_elements<ZULDATE>(to, from, count);
+    case TYPE_TIME:
+    case TYPE_VECTOR_TIME: return move_elements<ZULTIME>(to, from, count);
+    case TYPE_STRING:
+    case TYPE_VECTOR_STRING: return move_elements<char>(to, from, count);
+    default: return move_elements<std::int32_t>(to, from, count);
+  }
+}
+
+}  // namespace wqd::service

@@ -1,0 +1,103 @@
+/// Little-endian words at any address: the one place that moves the bytes of binary records.
+#ifndef WQDATA_SERVICE_LITTLEENDIAN_H_
+#define WQDATA_SERVICE_LITTLEENDIAN_H_
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include <wqdata/types.h>
+
+namespace wqd::service {
+
+inline constexpr bool kSwapped = std::endian::native == std::endian::big;
+
+/// Reverses the bytes of a word where the platform's order is not the records' own.
+template <typename Word>
+Word in_record_order(Word word) {
+  static_assert(std::is_arithmetic_v<Word>);
+  if constexpr (kSwapped && sizeof(Word) > 1) {
+    auto bytes = std::bit_cast<std::array<std::uint8_t, sizeof(Word)>>(word);
+    std::reverse(bytes.begin(), bytes.end());
+    return std::bit_cast<Word>(bytes);
+  }
+  return word;
+}
+
+inline ZULDATE in_record_order(ZULDATE date) {
+  return {date.day, date.month, in_record_order(date.year)};
+}
+
+inline ZULTIME in_record_order(ZULTIME time) {
+  return {in_record_order(time.minutes), in_record_order(time.seconds)};
+}
+
+/// Unbounded: the caller has checked that the whole word lies at `at`.
+template <typename Word>
+Word load(const std::uint8_t* at) {
+  Word word;
+  std::memcpy(&word, at, sizeof word);
+  return in_record_order(word);
+}
+
+template <typename Word>
+void store(std::uint8_t* at, Word word) {
+  word = in_record_order(word);
+  std::memcpy(at, &word, sizeof word);
+}
+
+/// The same for a run of elements between a record and an array, in either direction. `from` and
+/// `to` need no alignment.
+template <typename Word>
+void move_elements(void* to, const void* from, std::size_t count) {
+  if (count == 0) return;
+  if constexpr (!kSwapped || sizeof(Word) == 1) {
+    std::memcpy(to, from, count * sizeof(Word));
+  } else {
+    const auto* source = static_cast<const std::uint8_t*>(from);
+    auto* target = static_cast<std::uint8_t*>(to);
+    for (; count > 0; --count, source += sizeof(Word), target += sizeof(Word)) {
+      store(target, [source] {
+        Word word;
+        std::memcpy(&word, source, sizeof word);
+        return word;
+      }());
+    }
+  }
+}
+
+/// A run of received bytes of which words are taken from the front. A word that does not fit is not
+/// taken: the result is false, and the run stands as it was.
+class Bytes {
+ public:
+  Bytes(const std::uint8_t* begin, std::size_t size) : m_at(begin), m_left(size) {}
+
+  const std::uint8_t* At() const { return m_at; }
+  std::size_t Left() const { return m_left; }
+
+  bool Skip(std::uint64_t count) {
+    if (count > m_left) return false;
+    m_at += count;
+    m_left -= static_cast<std::size_t>(count);
+    return true;
+  }
+
+  template <typename Word>
+  bool Take(Word& word) {
+    if (sizeof word > m_left) return false;
+    word = load<Word>(m_at);
+    return Skip(sizeof word);
+  }
+
+ private:
+  const std::uint8_t* m_at;
+  std::size_t m_left;
+};
+
+}  // namespace wqd::service
+
+#endif  // WQDATA_SERVICE_LITTLEENDIAN_H_

@@ -1,0 +1,107 @@
+/// The record library behind the ZUL4 format: it owns the bytes of a record, writes its fields and
+/// walks them. Every operation answers zero for success and nonzero for failure, after which the
+/// record is as it was.
+///
+/// A record file of the format is a header of 8 bytes and the records, back to back; a record is a
+/// head of 8 bytes and its fields. docs/formats.md gives it to the byte.
+#ifndef WQDATA_SERVICE_RECORDLIB_H_
+#define WQDATA_SERVICE_RECORDLIB_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include <wqdata/service/fieldlayout.h>
+
+namespace wqd::service {
+
+/// What a block holds of its record: 24 bytes on every platform. All zero, it has no record.
+struct ZUL4HANDLE {
+  std::uint8_t flags;  ///< kZul4Borrowed and others
+  std::uint8_t reserved;
+  std::uint16_t index;     ///< of the current record, from 0
+  std::uint32_t capacity;  ///< bytes that may be written, or of an attached record read
+  std::uint8_t* record;    ///< null while there is none
+  std::uint32_t current;   ///< offset of the current record, 0 for none
+  std::uint32_t field;     ///< offset of the current field, 0 for none
+#if UINTPTR_MAX == UINT32_MAX
+  std::uint32_t unused;
+#endif
+};
+static_assert(sizeof(ZUL4HANDLE) == 24 && offsetof(ZUL4HANDLE, flags) == 0);
+
+/// In the flags: the bytes are a caller's, and are not freed.
+inline constexpr std::uint8_t kZul4Borrowed = 0x80;
+
+/// Offsets of the header's words; bytes 4 and 5 are zero.
+inline constexpr std::uint32_t kZul4LengthAt = 0;       // 32 bits: bytes in all, header included
+inline constexpr std::uint32_t kZul4RecordCountAt = 6;  // 16 bits
+inline constexpr std::uint32_t kZul4HeaderSize = 8;
+
+/// Offsets of the words in the head of a record; bytes 6 and 7 are zero.
+inline constexpr std::uint32_t kZul4RecordLengthAt =
+    0;                                                 // 32 bits: bytes of the record with its head
+inline constexpr std::uint32_t kZul4FieldCountAt = 4;  // 16 bits
+inline constexpr std::uint32_t kZul4RecordHead = 8;
+
+/// Opens `size` bytes for walking. What the header declares beyond them is not there.
+int ZUL4_attach(std::uint8_t* bytes, ZUL4HANDLE& handle, std::uint32_t size);
+
+/// Sets the handle up to write into a caller's buffer. Nonzero, and every later add refused, for a
+/// buffer that can't hold a header.
+int ZUL4_attach_fixed(ZUL4HANDLE& handle, void* buffer, std::int64_t size);
+
+/// Makes the record of a handle that has none.
+int ZUL4_create(ZUL4HANDLE& handle);
+
+/// Opens a new record behind the last one. When it is refused, so are the fields of that record:
+/// every add until a record can be opened.
+int ZUL4_add_record(ZUL4HANDLE& handle);
+
+/// Releases what the adds made.
+void ZUL4_free(std::uint8_t* record);
+
+/// Bytes in all, of which no more are said to be there than are; 0 without a record.
+std::uint32_t ZUL4_length(const ZUL4HANDLE& handle);
+
+/// The header's count of records; 0 without a record.
+std::uint16_t ZUL4_record_count(const ZUL4HANDLE& handle);
+
+/// Make a record the current one. The first field of it is then current, if it has one.
+int ZUL4_seek_record(ZUL4HANDLE& handle, std::uint32_t index);
+int ZUL4_next_record(ZUL4HANDLE& handle);
+
+/// The count of fields in the current record, as far as its bytes can hold them; 0 for none.
+std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle);
+
+/// Make a field of the current record the current one. Behind a failing step there is none.
+int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index);
+int ZUL4_next_field(ZUL4HANDLE& handle);
+
+/// Looks at the current field. Nonzero when there is none, or it does not fit its record.
+int ZUL4_current_field(const ZUL4HANDLE& handle, FieldView& view);
+
+/// Append a field to the last record, which becomes the current one. Refused without an open
+/// record, for null elements, a field count beyond 16 bits, a record near 2 GiB, and without room.
+int ZUL4_add_short(ZUL4HANDLE& handle, FID id, std::int16_t value);
+int ZUL4_add_long(ZUL4HANDLE& handle, FID id, std::int32_t value);
+int ZUL4_add_double(ZUL4HANDLE& handle, FID id, double value);
+int ZUL4_add_string(ZUL4HANDLE& handle, FID id, const char* text);
+int ZUL4_add_lpack(ZUL4HANDLE& handle, FID id, std::uint16_t baseCode, std::int32_t price);
+int ZUL4_add_date(ZUL4HANDLE& handle, FID id, ZULDATE value);
+int ZUL4_add_time(ZUL4HANDLE& handle, FID id, ZULTIME value);
+int ZUL4_add_error(ZUL4HANDLE& handle, FID id, std::int16_t error);
+int ZUL4_add_short_vector(ZUL4HANDLE& handle, FID id, const std::int16_t* values,
+                          std::uint32_t count);
+int ZUL4_add_long_vector(ZUL4HANDLE& handle, FID id, const std::int32_t* values,
+                         std::uint32_t count);
+int ZUL4_add_double_vector(ZUL4HANDLE& handle, FID id, const double* values, std::uint32_t count);
+int ZUL4_add_date_vector(ZUL4HANDLE& handle, FID id, const ZULDATE* values, std::uint32_t count);
+int ZUL4_add_time_vector(ZUL4HANDLE& handle, FID id, const ZULTIME* values, std::uint32_t count);
+int ZUL4_add_lpack_vector(ZUL4HANDLE& handle, FID id, std::uint16_t baseCode,
+                          const std::int32_t* prices, std::uint32_t count);
+int ZUL4_add_string_vector(ZUL4HANDLE& handle, FID id, const char* strings, std::uint32_t count,
+                           std::uint32_t bytes);
+
+}  // namespace wqd::service
+
+#endif  // WQDATA_SERVICE_RECORDLIB_H_
