@@ -63,3 +63,9 @@ ReceivedQuotes ReceiveQuotes(wqd::CDataBlock& block) {
   }
   return received;
 }
+
+ReceivedQuotes ReceiveQuotes(cf_id format, void* data, int size) {
+  const wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format, data, size));
+  if (block == nullptr) throw std::runtime_error(std::string("cannot wrap ") + CfName(format));
+  return ReceiveQuotes(*block);
+}

@@ -1,6 +1,7 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "blockfiles.h"
 #include "quoteblocks.h"
 #include "quotefile.h"
 #include "summary.h"
@@ -52,9 +54,7 @@ std::string Lines(const std::vector<Quote>& quotes) {
 }
 
 ReceivedQuotes Receive(std::string text) {
-  const wqd::DataBlockPtr block(
-      wqd::CDataBlock::NewDataBlock(TEXT, text.data(), static_cast<int>(text.size()) + 1));
-  return ReceiveQuotes(*block);
+  return ReceiveQuotes(TEXT, text.data(), static_cast<int>(text.size()) + 1);
 }
 
 struct Outcome {
@@ -63,15 +63,18 @@ struct Outcome {
 };
 
 /// The program's exit status and what it wrote to both streams.
-Outcome RunQuotes(const std::string& arguments) {
+Outcome RunQuotes(const std::string& arguments, const std::string& environment = "") {
   Outcome run{-1, ""};
-  std::FILE* const pipe = popen(("'" QUOTES_PROGRAM "' 2>&1 " + arguments).c_str(), "r");
+  const std::string command = environment + " '" QUOTES_PROGRAM "' 2>&1 " + arguments;
+  std::FILE* const pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return run;
   for (int c = std::getc(pipe); c != EOF; c = std::getc(pipe)) run.output += static_cast<char>(c);
   const int status = pclose(pipe);
   run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return run;
 }
+
+const std::string kMissingFile = "'" QUOTES_SOURCE_DIR "/missing.csv'";
 
 const std::string kTwoDays =
     "2024-02-29,1469.250000,3393.520020,1 2/8,101^08,-2,11456230000\n"
@@ -155,28 +158,47 @@ TEST(QuoteBlocks, ReceivesPairs) {
             "2024-02-29,N/A:0,5 1/2:1,N/A:0,N/A:0,N/A:0,7.000000\n");
 }
 
+/// By hand: a header of 12 or 8 bytes, a date of 8, a price of 10 or 12, a volume of 12, a missing
+/// value of 6, and in ZUL4 8 more for each record.
+TEST(QuoteBlocks, CarriesPricesWithTheirCodesInBinary) {
+  const struct {
+    cf_id format;
+    int bytes;
+  } cases[] = {{ZUL3, 12 + 70 + 60}, {ZUL4, 8 + 88 + 76}};
+  for (const auto& [format, bytes] : cases) {
+    const wqd::DataBlockPtr block =
+        BuildQuotes(format, Layout::kValues, Read(kHeader + kTwoDays).quotes);
+    EXPECT_EQ(block->GetDataSize(), bytes) << CfName(format);
+    const ReceivedQuotes two = ReceiveQuotes(format, block->GetData(), bytes);
+    EXPECT_EQ(Lines(two.quotes), TwoDaysAsLines(110)) << CfName(format);
+    EXPECT_EQ(two.missing, 2) << CfName(format);
+  }
+}
+
 TEST(Summary, CountsEqualValues) {
   const std::vector<Quote> quotes = Read(kHeader + kTwoDays).quotes;
-  EXPECT_EQ(CountEqualValues(quotes, Receive(kTwoDaysAsPairs).quotes), 14U);
+  EXPECT_EQ(CountEqualValues(quotes, Receive(kTwoDaysAsPairs).quotes, CSV), 14U);
+  EXPECT_EQ(CountEqualValues(quotes, Receive(kTwoDaysAsPairs).quotes, ZUL4), 13U);
   const struct {
     const char* what;
     void (*change)(Quote& first, Quote& second);
   } cases[] = {
       {"the next price", [](Quote& first, Quote&) { first.open.Set(1469.250001, 107); }},
-      {"another base code", [](Quote& first, Quote&) { first.open.ChangeBase(106); }},
+      {"another base code", [](Quote& first, Quote&) { first.adjClose.ChangeBase(0); }},
       {"0 for missing", [](Quote&, Quote& second) { second.high = wqd::CFixPtNum(); }},
       {"the next day", [](Quote& first, Quote&) { ++first.date; }},
   };
   for (const auto& [what, change] : cases) {
     std::vector<Quote> other = quotes;
     change(other[0], other[1]);
-    EXPECT_EQ(CountEqualValues(quotes, other), 13U) << what;
+    EXPECT_EQ(CountEqualValues(quotes, other, CSV), 13U) << what;
+    EXPECT_EQ(CountEqualValues(quotes, other, ZUL3), 13U) << what;
   }
-  EXPECT_EQ(CountEqualValues(quotes, {quotes[0]}), 7U);
+  EXPECT_EQ(CountEqualValues(quotes, {quotes[0]}, ZUL4), 7U);
 }
 
 TEST(Quotes, SummarisesFileWithMissingValues) {
-  const Outcome run = RunQuotes("'" QUOTES_SOURCE_DIR "/missing.csv'");
+  const Outcome run = RunQuotes(kMissingFile);
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.output,
             "days            4\n"
@@ -187,10 +209,11 @@ TEST(Quotes, SummarisesFileWithMissingValues) {
             "largest volume  2147483648 on 2024-03-04\n"
             "missing values  9\n"
             "rounded prices  0\n"
-            "TEXT block      171 bytes\n"
-            "CSV block       171 bytes\n"
-            "pairs           251 bytes\n"
-            "received        28 of 28 values equal those sent\n");
+            "TEXT            171 bytes\n"
+            "CSV             171 bytes\n"
+            "pairs           251 bytes, 28 of 28 values equal those sent\n"
+            "ZUL3            252 bytes, 28 of 28 values equal those sent\n"
+            "ZUL4            306 bytes, 28 of 28 values equal those sent\n");
 }
 
 /// The figures are those that awk finds in the file.
@@ -206,10 +229,28 @@ TEST(Quotes, SummarisesSampleData) {
             "largest volume  11456230000 on 2008-10-10\n"
             "missing values  0\n"
             "rounded prices  4421\n"
-            "TEXT block      427915 bytes\n"
-            "CSV block       427915 bytes\n"
-            "pairs           530015 bytes\n"
-            "received        35735 of 35735 values equal those sent\n");
+            "TEXT            427915 bytes\n"
+            "CSV             427915 bytes\n"
+            "pairs           530015 bytes, 35735 of 35735 values equal those sent\n"
+            "ZUL3            357362 bytes, 35735 of 35735 values equal those sent\n"
+            "ZUL4            449248 bytes, 35735 of 35735 values equal those sent\n");
+}
+
+TEST(Quotes, KeepsFilesWhenAsked) {
+  const BlockDirectory directory;
+  const std::string place = "TMPDIR='" + directory.Path().string() + "'";
+  EXPECT_EQ(RunQuotes(kMissingFile, place).status, 0);
+  EXPECT_TRUE(std::filesystem::is_empty(directory.Path()));
+  EXPECT_EQ(RunQuotes(kMissingFile, "TMPDIR=/dev/null").status, 1);
+
+  const std::filesystem::path kept = directory.Path() / "made" / "here";
+  EXPECT_EQ(RunQuotes("--keep '" + kept.string() + "' " + kMissingFile).status, 0);
+  std::vector<char> zul3 = ReadBytes(kept / "quotes.zul3");
+  std::vector<char> zul4 = ReadBytes(kept / "quotes.zul4");
+  ASSERT_EQ(zul3.size(), 252U);
+  ASSERT_EQ(zul4.size(), 306U);
+  EXPECT_EQ(Lines(ReceiveQuotes(ZUL3, zul3.data(), 252).quotes),
+            Lines(ReceiveQuotes(ZUL4, zul4.data(), 306).quotes));
 }
 
 TEST(Quotes, FailsWithMessage) {
@@ -223,7 +264,10 @@ TEST(Quotes, FailsWithMessage) {
       {"/dev/null", 1,
        "quotes: /dev/null: line 1: the header is not "
        "'date,open,high,low,close,adjclose,volume'\n"},
-      {"a b", 2, "usage: quotes [FILE]\n"},
+      {"--keep /dev/null " + kMissingFile, 1,
+       "quotes: " QUOTES_SOURCE_DIR "/missing.csv: cannot make /dev/null\n"},
+      {"a b", 2, "usage: quotes [--keep DIRECTORY] [FILE]\n"},
+      {"--keep", 2, "usage: quotes [--keep DIRECTORY] [FILE]\n"},
   };
   for (const auto& [arguments, status, output] : cases) {
     const Outcome run = RunQuotes(arguments);

@@ -1,6 +1,7 @@
 #include "summary.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -36,15 +37,17 @@ void PrintExtreme(std::FILE* out, const char* title, const Quote* day, T Quote::
   std::fprintf(out, "%-15s %s\n", title, text.c_str());
 }
 
-bool SamePrice(const wqd::CFixPtNum& a, const wqd::CFixPtNum& b) {
-  return Number(a) == Number(b) &&
-         (a.GetBaseCode() == b.GetBaseCode() || a.GetBaseCode() == kFloatingCode);
+bool SamePrice(const wqd::CFixPtNum& sent, const wqd::CFixPtNum& received, bool asText) {
+  if (asText && sent.GetBaseCode() == kFloatingCode) return Number(sent) == Number(received);
+  return sent.GetBaseCode() == received.GetBaseCode() &&
+         static_cast<std::int32_t>(sent) == static_cast<std::int32_t>(received);
 }
 
-std::size_t CountEqualValues(const Quote& a, const Quote& b) {
-  std::size_t equal = (a.date == b.date ? 1U : 0U) + (a.volume == b.volume ? 1U : 0U);
+std::size_t CountEqualValues(const Quote& sent, const Quote& received, bool asText) {
+  std::size_t equal =
+      (sent.date == received.date ? 1U : 0U) + (sent.volume == received.volume ? 1U : 0U);
   for (const PriceField& field : kPriceFields) {
-    if (SamePrice(a.*field.price, b.*field.price)) ++equal;
+    if (SamePrice(sent.*field.price, received.*field.price, asText)) ++equal;
   }
   return equal;
 }
@@ -63,10 +66,12 @@ void PrintHistory(std::FILE* out, const std::vector<Quote>& quotes) {
                &Quote::volume);
 }
 
-std::size_t CountEqualValues(const std::vector<Quote>& a, const std::vector<Quote>& b) {
+std::size_t CountEqualValues(const std::vector<Quote>& sent, const std::vector<Quote>& received,
+                             cf_id format) {
+  const bool asText = format == TEXT || format == CSV;
   std::size_t equal = 0;
-  for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
-    equal += CountEqualValues(a[i], b[i]);
+  for (std::size_t i = 0; i < std::min(sent.size(), received.size()); ++i) {
+    equal += CountEqualValues(sent[i], received[i], asText);
   }
   return equal;
 }

@@ -12,8 +12,10 @@
 void PrintHistory(std::FILE* out, const std::vector<Quote>& quotes);
 
 /// The number of values, dates and missing ones included, that are the same in both, day by day.
-/// Prices are the same to the last digit, beyond the tolerance of their `==`, and of one base code;
-/// but of a price in the floating code 110 of `a` the text, and so `b`, may show another code.
-std::size_t CountEqualValues(const std::vector<Quote>& a, const std::vector<Quote>& b);
+/// Prices are the same if long price and base code are, beyond the tolerance of their `==`. But of
+/// a price in the floating code 110 a text shows another code: if `received` came as TEXT or CSV,
+/// which `format` tells, such a price counts by its number alone.
+std::size_t CountEqualValues(const std::vector<Quote>& sent, const std::vector<Quote>& received,
+                             cf_id format);
 
 #endif  // WQDATA_EXAMPLES_QUOTES_SUMMARY_H_

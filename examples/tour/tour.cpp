@@ -210,6 +210,67 @@ void TypedFields() {
   Expect("typed, bid", "101 2/8", Shown(bid));
 }
 
+void Binary() {
+  Texts seen;
+  const auto use = [&seen](const wqd::CDataItem& item) {
+    seen.push_back(std::to_string(item.GetId()) + "=" + std::to_string(item.GetType()) + ":" +
+                   item.GetString());
+  };
+  // [tour: binary]
+  constexpr FID kDay = 10;
+  constexpr FID kBid = 22;
+  constexpr FID kVolume = 33;
+
+  wqd::DataBlockPtr sent(wqd::CDataBlock::NewDataBlock(ZUL4));
+  sent->StartRecord();
+  sent->Add(kDay, wqd::CZulDate(2, 29, 2024));
+  sent->Add(kBid, wqd::CFixPtNum("101 2/8"));
+  sent->Add(kVolume, MISSING_DOUBLE);
+  sent->EndRecord();
+  sent->Close();
+  void* bytes = sent->GetData();               // the block's own
+  const int size = sent->GetDataSize();        // 42
+  const int records = sent->GetRecordCount();  // 1
+
+  wqd::DataBlockPtr received(wqd::CDataBlock::NewDataBlock(ZUL4, bytes, size));
+  wqd::CDataItem item;
+  for (bool more = received->FirstRecord(); more; more = received->NextRecord()) {
+    for (bool field = received->FirstField(); field; field = received->NextField()) {
+      if (received->GetCurrentField(&item)) use(item);  // a date, a price in eighths, an error item
+    }
+  }
+  // [/tour]
+  Expect("binary, size", "42", std::to_string(size));
+  Expect("binary, records", "1", std::to_string(records));
+  Expect("binary, items", "[10=7:02/29/2024][22=5:101 2/8][33=101:N/A]", Joined(seen));
+}
+
+void Vectors() {
+  Texts seen;
+  const auto use = [&seen](const wqd::CFixPtNum& price) { seen.push_back(Shown(price)); };
+  // [tour: vectors]
+  constexpr FID kBids = 24;
+  constexpr std::int16_t kEighths = 3;
+  const std::int32_t bids[] = {810, 808, MISSING_LONG};
+
+  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(ZUL4));
+  block->StartRecord();
+  block->AddPriceVector(kBids, bids, kEighths, 3);
+  block->EndRecord();
+  block->Close();
+
+  wqd::CDataItem item;
+  block->FirstRecord();
+  if (block->GetField(kBids, &item) && item.GetType() == TYPE_VECTOR_LPACK) {
+    const auto* prices = static_cast<const std::int32_t*>(item.GetVectorPtr());
+    for (int i = 0; i < item.GetSize(); ++i) {
+      use(wqd::CFixPtNum(prices[i], item.GetBaseCode()));  // 101 2/8, 101 0/8, N/A
+    }
+  }
+  // [/tour]
+  Expect("vectors", "[101 2/8][101 0/8][N/A]", Joined(seen));
+}
+
 void Parse() {
   Texts fields;
   // [tour: parse]
@@ -246,6 +307,8 @@ int main() {
   DatesAndTimes();
   TimeZones();
   TypedFields();
+  Binary();
+  Vectors();
   Parse();
   Log();
   return differences == 0 ? 0 : 1;
