@@ -48,4 +48,35 @@ TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
   EXPECT_TRUE(block->FirstRecord() && block->GetCurrentFieldId() == 1);
 }
 
+/// Processor time in ns for each byte of a block of `mib` MiB, written in fields of 4 KiB.
+double TimeOfAByte(std::size_t mib) {
+  const std::string text(4095, 'A');
+  const std::clock_t begin = std::clock();
+  const DataBlockPtr block = NewBlock(TEXT);
+  bool done = true;
+  for (std::size_t i = 0; i < mib * kMiB / 4096; ++i) {
+    done = done && block->Add(FID{1}, text.c_str());
+  }
+  EXPECT_TRUE(done);
+  return static_cast<double>(std::clock() - begin) * 1e9 / CLOCKS_PER_SEC /
+         static_cast<double>(mib * kMiB);
+}
+
+TEST(LargeBlock, CostsAByteWhatASmallOneDoes) {
+#if !defined(NDEBUG)
+  GTEST_SKIP() << "no release build";
+#endif
+  if (kSanitized || sizeof(void*) < 8 || !HasMemory(2000)) GTEST_SKIP() << "see above";
+  double ratio = 2;
+  for (int attempt = 0; attempt < 3 && ratio > 1.5; ++attempt) {  // noise may spoil one or two
+    std::vector<double> small(5);
+    for (double& time : small) time = TimeOfAByte(64);
+    std::nth_element(small.begin(), small.begin() + 2, small.end());
+    const double large = TimeOfAByte(1024);
+    std::printf("64 MiB: %.3f ns a byte, 1 GiB: %.3f ns a byte\n", small[2], large);
+    ratio = large / small[2];
+  }
+  EXPECT_LE(ratio, 1.5);
+}
+
 }  // namespace

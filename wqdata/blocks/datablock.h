@@ -86,12 +86,20 @@ class WQDATA_API CDeletable {
 /// - ZUL3 has one count of fields for all records: every record must have the same number. A record
 ///   is counted by `EndRecord`. Counts are 16 bits wide: of an item's vector the last 16000
 ///   elements are taken, a vector added directly may have 65535, and a vector of strings 65535
-///   bytes. An item that is a blob is left out, with a line in the log. Behind the last record
-///   `NextRecord` leaves no current field; `FirstField` goes back to the last record's.
-/// - ZUL4 has a count for each record, and counts a record when it starts. Vectors go whole. An
-/// item
-///   that is a blob is refused. An addition moves the cursor to the record that is being written.
-/// - Btrieve has no records: `AddBlob` appends bytes, and nothing else is taken.
+///   bytes. Adding a blob item is true, and leaves it out with a line in the log. A record that
+///   lacks a refused field makes the ones before it unreadable too: end the block there. Between
+///   `StartRecord` and the first addition the count is 0; a record that stays empty is none.
+/// - ZUL4 has a count for each record, and counts a record when it starts. Vectors go whole. A
+///   blob item is refused. An addition moves the cursor to the record that is being written. Where
+///   a record can't be opened, `StartRecord` is true as ever and each of its fields is refused.
+/// - Behind the last field ZUL3 stays on it and ZUL4 stands on none; behind the last record ZUL3
+/// has
+///   no current field, until `FirstField` goes back to the last record's, and ZUL4 stays.
+/// - A date or time goes into a ZUL4 record added directly as it is; through an item, and into
+/// ZUL3,
+///   with a year of 0 to 99 filled up and minutes and seconds brought together.
+///
+/// Btrieve has no records: `AddBlob` appends bytes, and nothing else is taken.
 ///
 /// No operation throws. A writing operation is false when the encoding can't carry the value, when
 /// memory or room runs out, and on a read-only block; the block then stands as it was, but for a
@@ -117,7 +125,7 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// The number of those bytes. A wrapped text is not measured: 0.
   virtual int GetDataSize() = 0;
 
-  /// Finished records; 0 for a wrapped text, which is not counted.
+  /// Finished records, in ZUL4 started ones; 0 for a wrapped text, which is not counted.
   virtual int GetRecordCount() = 0;
 
   /// Fields of the current record; of a text block, of the record being written or written last,
@@ -134,10 +142,12 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// True for a block around bytes that a caller handed in.
   virtual bool IsReadOnly();
 
-  /// Opens a record: the fields added from now on are counted anew.
+  /// Opens a record: the fields added from now on are counted anew. True but on a read-only block.
   virtual bool StartRecord() = 0;
 
-  /// Finishes the record and counts it.
+  /// Finishes the record, and counts it where it was not counted before. A second call without a
+  /// `StartRecord` counts it again. In ZUL3 a record without fields is not counted, and one beyond
+  /// 65535 is refused.
   virtual bool EndRecord() = 0;
 
   /// Append one field. A value that equals the missing marker of its type (types.h) is written as
@@ -155,8 +165,8 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// Appends the value of `item` under the item's identifier; a text up to its first NUL.
   virtual bool Add(CDataItem& item) = 0;
 
-  /// Appends the NUL-ended `text` as it stands, "N/A" too; false for null. In a text block `text`
-  /// may lie in the block itself.
+  /// Appends the NUL-ended `text` as it stands, "N/A" too; false for null. `text` may lie in
+  /// the block itself.
   virtual bool Add(FID id, const char* text) = 0;
 
   /// Finishes the block after its last record. A text block gets a NUL, which `GetDataSize` counts,
@@ -166,9 +176,11 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// Appends an error field of the value `error`.
   virtual bool AddError(FID id, std::int16_t error);
 
-  /// Append one field of `size` bytes, or of `count` elements, which are copied. A null pointer
-  /// with a count above 0 is false. `AddStringVector` takes `count` NUL-ended strings, one behind
-  /// the other, of `bytes` bytes in all; `AddPriceVector` takes prices in the scale of `baseCode`.
+  /// Append one field of `size` bytes (Btrieve alone), or of `count` elements (ZUL3 and ZUL4),
+  /// which are copied and may lie in the block itself. A null pointer with a count above 0 is
+  /// false. `AddStringVector` takes `count` NUL-ended strings, one behind the other, of `bytes`
+  /// bytes in all, and is false for any other number of them; `AddPriceVector` takes prices in the
+  /// scale of `baseCode`.
   virtual bool AddBlob(FID id, const void* data, std::uint32_t size);
   virtual bool AddShortVector(FID id, const std::int16_t* values, std::uint32_t count);
   virtual bool AddLongVector(FID id, const std::int32_t* values, std::uint32_t count);
@@ -223,7 +235,8 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// A writable block of ZUL4 that writes into the caller's buffer of `size` bytes, and refuses
   /// what has no room there; null for any other format and without memory. The buffer stays the
   /// caller's, who keeps it alive until the block is freed; what it held is overwritten from its
-  /// start on.
+  /// start on, at once. A buffer of less than 8 bytes, and null, make a block that refuses every
+  /// field.
   static CDataBlock* FixedSizeDataBlock(cf_id format, void* buffer, int size);
 
   /// Ends a block. Null is ignored.

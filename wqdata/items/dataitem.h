@@ -176,9 +176,9 @@ class WQDATA_API CDataItem {
   CZulTime GetTime() const;
 
   /// The elements of a vector, or the bytes of a blob. They stay the item's, and valid until its
-  /// next `SetVector`, blob `Set`, `Copy` of either, or its end. Not tested for the type: null for
-  /// an item that never held any, and the old block for one that has since become a number or a
-  /// text.
+  /// next `SetVector`, blob `Set`, `Copy` of either, a move from or to it, or its end. Not tested
+  /// for the type: null for an item that never held any, and the old block for one that has since
+  /// become a number or a text.
   void* GetVectorPtr();
 
   /// The base code of a TYPE_LPACK or TYPE_VECTOR_LPACK item. For other types the result has no
