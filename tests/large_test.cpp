@@ -1,5 +1,7 @@
 // Blocks that only a 64-bit system with a few GiB of free memory can hold.
 
+#include <wqdata/items/dataitem.h>
+
 #include "support.h"
 
 namespace {
@@ -46,6 +48,36 @@ TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
   const auto others = static_cast<std::size_t>(size - start - 1);
   EXPECT_TRUE(*letters == 'A' && std::memcmp(letters, letters + 1, others) == 0);
   EXPECT_TRUE(block->FirstRecord() && block->GetCurrentFieldId() == 1);
+}
+
+TEST(LargeBlock, OfRecordsRefusesTheFieldAndReadsAsBefore) {
+  if (kSanitized || sizeof(void*) < 8 || !HasMemory(3000)) GTEST_SKIP() << "see above";
+  const std::vector<double> values(kMiB / 8, 1.5);
+  const DataBlockPtr block = NewBlock(ZUL4);
+  ASSERT_TRUE(block->StartRecord());
+  std::vector<std::uint32_t> counts;
+  auto count = static_cast<std::uint32_t>(values.size());
+  for (bool last = false; !last; count /= 2) {
+    last = count == 0;
+    const auto add = [&] {
+      return block->AddDoubleVector(static_cast<FID>(counts.size()), values.data(), count);
+    };
+    while (add()) counts.push_back(count);
+  }
+  const int size = block->GetDataSize();
+  EXPECT_GE(size, 0x7FFFFFFF - 7);  // a field takes 8 bytes, and a record does
+  EXPECT_TRUE(block->EndRecord() && block->StartRecord() && !block->AddError(FID{1}, 2));
+  EXPECT_TRUE(block->GetDataSize() == size && block->GetRecordCount() == 1);
+  EXPECT_EQ(block->GetFieldCount(), static_cast<int>(counts.size()));
+  CDataItem item;
+  ASSERT_TRUE(block->FirstRecord());
+  for (std::size_t i = 0; i < counts.size(); ++i) {
+    ASSERT_TRUE((i == 0 || block->NextField()) && block->GetCurrentFieldId() == i) << i;
+    if (i % 100 != 0 && counts[i] == values.size()) continue;  // enough of those
+    ASSERT_TRUE(block->GetCurrentField(&item) && item.GetSize() == static_cast<int>(counts[i]));
+    EXPECT_EQ(std::memcmp(item.GetVectorPtr(), values.data(), counts[i] * sizeof(double)), 0) << i;
+  }
+  EXPECT_FALSE(block->NextField());
 }
 
 /// Processor time in ns for each byte of a block of `mib` MiB, written in fields of 4 KiB.

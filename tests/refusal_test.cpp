@@ -343,8 +343,8 @@ TEST(Growth, TextInTheBlockItselfIsTakenAsItStoodThere) {
   }
 }
 
-/// How many times the processor time of `run(count)` that of `run(10 * count)` is. Of three
-/// attempts, which noise may spoil, the first below `enough` or the last.
+/// The processor time of `run(10 * count)` over that of `run(count)`: of three attempts, since
+/// noise may spoil one, the first below `enough`, or the last.
 double Tenfold(int count, double enough, const std::function<void(int)>& run) {
   double ratio = enough;
   for (int attempt = 0; attempt < 3 && ratio >= enough; ++attempt) {
@@ -396,6 +396,8 @@ TEST(Btrieve, HoldsACopyAndNothingButBytes) {
                         block->GetCurrentFieldId() + block->GetCurrentFieldType() ==
                     0);
   }
+  const DataBlockPtr empty(CDataBlock::NewDataBlock(Btrieve, nullptr, 7));
+  EXPECT_TRUE(empty != nullptr && empty->GetData() == nullptr && empty->GetDataSize() == 0);
   const MemoryIs none(kNone);
   EXPECT_EQ(CDataBlock::NewDataBlock(Btrieve, bytes, 7), nullptr);
   EXPECT_FALSE(NewBlock(Btrieve)->AddBlob(FID{1}, bytes, 1));
