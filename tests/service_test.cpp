@@ -172,12 +172,4 @@ TEST(Number, ReadsRandomTextsAsTheCLibraryDoes) {
   }
 }
 
-TEST(Text, ComparesWithoutRegardToAsciiCase) {
-  EXPECT_TRUE(equal_ignoring_case("aZ[0", "Az[0"));
-  EXPECT_TRUE(equal_ignoring_case("", ""));
-  const std::pair<const char*, const char*> rows[] = {
-      {"a", "ab"}, {"ab", "a"}, {"@", "`"}, {"[", "{"}, {"\xC4", "\xE4"}};
-  for (const auto& [a, b] : rows) EXPECT_FALSE(equal_ignoring_case(a, b)) << a << " " << b;
-}
-
 }  // namespace

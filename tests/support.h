@@ -51,8 +51,6 @@ class LogCapture {
 
   LogCapture() { set_log_sink(&LogCapture::Take, this); }
   ~LogCapture() { set_log_sink(nullptr, nullptr); }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
 
   /// The lines so far, in the order of their arrival.
   Lines lines() const {
@@ -75,13 +73,9 @@ class LogCapture {
 class DecimalComma {
  public:
   DecimalComma() {
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8"}) {
-      if (std::setlocale(LC_ALL, name) != nullptr) break;
-    }
+    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) std::setlocale(LC_ALL, "fr_FR.UTF-8");
   }
   ~DecimalComma() { std::setlocale(LC_ALL, "C"); }
-  DecimalComma(const DecimalComma&) = delete;
-  DecimalComma& operator=(const DecimalComma&) = delete;
 
   /// False where the system has no such locale.
   bool InForce() const { return *std::localeconv()->decimal_point == ','; }
