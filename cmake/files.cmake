@@ -5,6 +5,7 @@ set(wqdata_public_headers
   wqdata/export.h
   wqdata/items/dataitem.h
   wqdata/service/servicelib.h
+  wqdata/textsupport/helpers.h
   wqdata/textsupport/myparser.h
   wqdata/types.h
   wqdata/values/date.h
@@ -19,7 +20,6 @@ set(wqdata_internal_headers
   wqdata/blocks/textblock.h
   wqdata/blocks/zul3block.h
   wqdata/blocks/zul4block.h
-  wqdata/items/missing.h
   wqdata/service/basecode.h
   wqdata/service/bigzul3.h
   wqdata/service/clock.h
@@ -31,6 +31,7 @@ set(wqdata_internal_headers
   wqdata/service/recordlib.h
   wqdata/service/rounding.h
   wqdata/service/text.h
+  wqdata/values/missing.h
   wqdata/values/windowszones.h
   wqdata/values/zonefile.h
 )
@@ -39,15 +40,20 @@ set(wqdata_sources
   wqdata/blocks/btrieveblock.cpp
   wqdata/blocks/datablock.cpp
   wqdata/blocks/fielditem.cpp
+  wqdata/blocks/blocktext.cpp
   wqdata/blocks/textblock.cpp
+  wqdata/blocks/transfer.cpp
   wqdata/blocks/zul3block.cpp
   wqdata/blocks/zul4block.cpp
+  wqdata/items/arithmetic.cpp
+  wqdata/items/comparison.cpp
   wqdata/items/dataitem.cpp
   wqdata/items/typedvalues.cpp
   wqdata/items/vectors.cpp
   wqdata/service/bigzul3.cpp
   wqdata/service/clock.cpp
   wqdata/service/fieldlayout.cpp
+  wqdata/service/filenames.cpp
   wqdata/service/fraction.cpp
   wqdata/service/log.cpp
   wqdata/service/memory.cpp
@@ -55,6 +61,7 @@ set(wqdata_sources
   wqdata/service/pricetext.cpp
   wqdata/service/recordlib.cpp
   wqdata/service/text.cpp
+  wqdata/textsupport/helpers.cpp
   wqdata/textsupport/myparser.cpp
   wqdata/values/date.cpp
   wqdata/values/fixptnum.cpp

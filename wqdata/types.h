@@ -24,6 +24,14 @@ enum cf_id : std::int32_t {
   Btrieve = 6,     ///< opaque bytes
 };
 
+/// How one item compares with another.
+enum CmpRc : int {
+  CMP_GREATER = 1,    ///< this item is greater than the other
+  CMP_EQUAL = 0,      ///< the two are equal, or the text matches the pattern
+  CMP_LESS = -1,      ///< this item is less than the other, or the two have no order
+  CMP_INVALID = -99,  ///< the two can't be compared
+};
+
 /// Type codes of an item, and the type words of fields in the binary encodings. 0, 4, 9, 10, 14
 /// and 19 are not in use.
 inline constexpr int TYPE_DOUBLE = 1;          ///< 64-bit floating point

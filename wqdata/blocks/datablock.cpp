@@ -15,13 +15,11 @@ namespace {
 constexpr std::array<const char*, 7> kFormatNames = {"INVALID", "TEXT", "CSV",    "NOTXLTABLE",
                                                      "ZUL3",    "ZUL4", "Btrieve"};
 
-constexpr int kRejected = 2;
-
 }  // namespace
 
 cf_id CfId(const char* name) {
   if (name == nullptr) {
-    wqd::service::log_message(kRejected, "CfID: null format");
+    wqd::service::log_message(wqd::service::kLevelRejected, "CfID: null format");
     return INVALID;
   }
   for (std::size_t format = TEXT; format < kFormatNames.size(); ++format) {
@@ -29,7 +27,7 @@ cf_id CfId(const char* name) {
       return static_cast<cf_id>(format);
     }
   }
-  wqd::service::log_message(kRejected, "CfID: Invalid format '%s'", name);
+  wqd::service::log_message(wqd::service::kLevelRejected, "CfID: Invalid format '%s'", name);
   return INVALID;
 }
 

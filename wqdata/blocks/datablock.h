@@ -169,6 +169,24 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// the block itself.
   virtual bool Add(FID id, const char* text) = 0;
 
+  /// Appends the contents of `source`, from its first record on, whatever the two encodings are.
+  /// The cursors of `source` end behind its last record; nothing else of it changes. False for
+  /// null, for this block itself (but a Btrieve block appends what it holds), and at the first
+  /// field that can't be read or is refused: the records before it are whole, and the one in
+  /// progress stays open.
+  ///
+  /// - Into ZUL3 and ZUL4: the fields of each record with identifier, type and value. When a ZUL4
+  ///   block goes into ZUL3, missing fields with identifier 0 fill each record up to the number of
+  ///   fields of the longest. Text arrives as texts and missing values, the first record with the
+  ///   fields of all lines, each further one with those from its line on, as a walk meets them.
+  /// - Into TEXT and CSV: a line for each record, as `CDataItem::Print` writes the fields. A record
+  ///   with vectors gives as many lines as the longest has elements, the scalars in each of them
+  ///   and the last element of a shorter vector again; a vector of no elements is an empty field.
+  ///   `Close` follows. True, whatever was lost: a field that can't be read is "N/A", one that is
+  ///   refused is left out with a line in the log, and a block without room takes no more records.
+  /// - Into Btrieve: the bytes of a Btrieve block, and false for any other.
+  bool Add(CDataBlock* source);
+
   /// Finishes the block after its last record. A text block gets a NUL, which `GetDataSize` counts,
   /// at each call; the others need none.
   virtual bool Close();
@@ -231,6 +249,11 @@ class WQDATA_API CDataBlock : public CDeletable {
   ///   beyond the length that the bytes declare. With a negative `size` that length is trusted.
   /// - Btrieve: the block holds a copy of the bytes, and is writable; null without memory for it.
   static CDataBlock* NewDataBlock(cf_id format, void* data, int size);
+
+  /// A writable copy of a ZUL3 or ZUL4 block, the caller's to free, by `Add(CDataBlock*)`: where
+  /// that ends early, the copy has what it holds by then. The cursors of `source` move, and nothing
+  /// else of it. Null for a block of another format, for null and without memory.
+  static CDataBlock* NewDataBlock(const CDataBlock* source);
 
   /// A writable block of ZUL4 that writes into the caller's buffer of `size` bytes, and refuses
   /// what has no room there; null for any other format and without memory. The buffer stays the

@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <cstring>
 
 #include <wqdata/blocks/fielditem.h>
-#include <wqdata/items/missing.h>
+#include <wqdata/service/operations.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
@@ -10,16 +10,6 @@ namespace {
 template <typename Value>
 Value element(const service::FieldView& view) {
   return service::load<Value>(view.elements);
-}
-
-/// A text tells in its item alone whether there was memory for it.
-bool fill_text(const service::FieldView& view, CDataItem& item) {
-  const auto* const text = reinterpret_cast<const char*>(view.elements);
-  item.Set(view.id, text, static_cast<int>(view.count));
-  if (item.GetId() != view.id) return false;
-  if (is_missing(text)) return item.IsNull();
-  return item.GetType() == TYPE_STRING && item.GetSize() - 1 == static_cast<int>(view.count) &&
-         std::memcmp(item.GetString(), text, view.count) == 0;
 }
 
 bool fill_vector(const service::FieldView& view, CDataItem& item) {
@@ -44,13 +34,24 @@ void fill_scalar(const service::FieldView& view, CDataItem& item) {
   }
 }
 
+bool fill_known(const service::FieldView& view, CDataItem& item) {
+  if (service::is_vector(view.type)) return fill_vector(view, item);
+  if (view.type == TYPE_STRING) {
+    return item.SetText(view.id, reinterpret_cast<const char*>(view.elements), view.count);
+  }
+  fill_scalar(view, item);
+  return true;
+}
+
 }  // namespace
 
-bool fill_item(const service::FieldView& view, CDataItem& item) {
-  if (view.layout != nullptr && view.type == TYPE_STRING) return fill_text(view, item);
-  if (view.layout != nullptr && view.layout->countAt != 0) return fill_vector(view, item);
-  fill_scalar(view, item);
-  return view.layout != nullptr;
+bool fill_item(const service::FieldView& view, CDataItem* item, const char* reader) {
+  if (view.layout != nullptr) return item == nullptr || fill_known(view, *item);
+  if (item == nullptr) return false;
+  item->SetError(view.id, kMissing);
+  service::log_error("Unhandled type<%d> for fid<%d> inside %s::GetCurrentField", view.type,
+                     int{view.id}, reader);
+  return false;
 }
 
 std::uint32_t count_strings(const void* strings, std::uint32_t bytes) {

@@ -7,10 +7,11 @@
 
 namespace wqd {
 
-/// Fills `item` with a field, through the item's own `Set`, so that markers become error items.
-/// False, with the item as it was, when there is no memory for a text or a vector; false, with the
-/// error item of value 2, for a type that is unknown (`view.layout` is null).
-bool fill_item(const service::FieldView& view, CDataItem& item);
+/// Fills `item`, unless it is null, with a field, through the item's own `Set`, so that markers
+/// become error items. False, with the item as it was, when there is no memory for a text or a
+/// vector; false for a type that is unknown, with the error item of value 2 and a line in the log
+/// that names the class `reader`.
+bool fill_item(const service::FieldView& view, CDataItem* item, const char* reader);
 
 /// The number of NUL-ended strings in `bytes` bytes, one without its NUL at the end included.
 std::uint32_t count_strings(const void* strings, std::uint32_t bytes);

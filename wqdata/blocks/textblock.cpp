@@ -12,7 +12,6 @@ namespace wqd {
 namespace {
 
 constexpr std::uint64_t kGrowthStep = 65536;
-constexpr int kFailed = 1;
 constexpr const char* kPairDelimiters = ",\t\n";
 constexpr std::string_view kEndOfText("\0", 1);
 
@@ -117,7 +116,7 @@ bool CTextBlock::Grow(const Growth& growth, const void** source) {
   void* const data =
       service::grown(firstBuffer ? nullptr : m_data, m_reserved, growth.size, source);
   if (data == nullptr) {
-    service::log_message(kFailed,
+    service::log_message(service::kLevelFailed,
                          "Couldn't allocate TEXT record size %" PRIu64 ", m_allocSize<%" PRIu32
                          ">, length<%" PRIu64 ">, sizeInc<%" PRIu64 ">",
                          growth.size, m_allocSize, growth.length, growth.increase);

@@ -51,12 +51,22 @@ class CTextBlock final : public CDataBlock {
   bool GetCurrentField(CDataItem* item) override;
   FID GetCurrentFieldId() override;
 
+  /// Prints a block of any format: a line for each record, and of a record with vectors a line for
+  /// each row, see `CDataBlock::Add(CDataBlock*)`; then `Close`. Always true: what is lost is in
+  /// the log.
+  virtual bool AddBlock(CDataBlock* source);
+
+  /// Prints the current record of `source` as `vsize` rows.
+  bool AddBlock(CDataBlock* source, int vsize);
+
  protected:
   ~CTextBlock() override;
 
  private:
   struct Growth;
 
+  bool AddLine(CDataBlock& source);
+  bool AddRows(CDataBlock& source, int rows);
   bool AddValue(std::string_view text);
   bool Append(std::string_view bytes);
   void Put(std::string_view bytes);

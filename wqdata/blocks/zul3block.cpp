@@ -17,10 +17,6 @@ using service::kZul3HeaderSize;
 using service::kZul3LengthAt;
 using service::kZul3RecordCountAt;
 
-constexpr int kFailed = 1;
-constexpr int kIgnored = 2;
-constexpr int kUnhandled = 0;
-
 constexpr std::uint32_t kMostItemElements = 16000;  // of a longer vector of an item, the last ones
 
 /// The type of an item and its value, as the log shows them; a text is left out.
@@ -149,13 +145,13 @@ bool CZul3Block::Add(CDataItem& item) {
     case TYPE_VECTOR_TIME: return AddVector(item) || Refused(item);
     case TYPE_VECTOR_STRING: return AddStrings(item) || Refused(item);
     case TYPE_EMPTY:
-      service::log_message(kIgnored,
+      service::log_message(service::kLevelRejected,
                            "CZul3Block::Add(CDataItem&) failed, fid<%d>, TYPE_EMPTY, ignored",
                            item.GetId());
       return true;
     default:
-      service::log_message(kUnhandled, "Unhandled type<%d> in CZul3Block::Add(CDataItem&)",
-                           item.GetType());
+      service::log_message(service::kLevelUnhandled,
+                           "Unhandled type<%d> in CZul3Block::Add(CDataItem&)", item.GetType());
       return true;
   }
 }
@@ -213,25 +209,27 @@ bool CZul3Block::Refused(CDataItem& item) {
   describe(item, value, sizeof value);
   const int id = item.GetId();
   if (item.GetType() == TYPE_STRING) {
-    service::log_message(kFailed,
+    service::log_message(service::kLevelFailed,
                          "CZul3Block::Add(CDataItem&) failed, fid<%d>, TYPE_STRING, val<%s>, "
                          "m_allocSize<%" PRIu32 ">",
                          id, item.GetString(), m_allocSize);
   } else {
-    service::log_message(
-        kFailed, "CZul3Block::Add(CDataItem&) failed, fid<%d>, %s, m_allocSize<%" PRIu32 ">", id,
-        value, m_allocSize);
+    service::log_message(service::kLevelFailed,
+                         "CZul3Block::Add(CDataItem&) failed, fid<%d>, %s, m_allocSize<%" PRIu32
+                         ">",
+                         id, value, m_allocSize);
   }
-  service::log_message(
-      kFailed, "CZul3Block::Add(CDataItem&) failed, fid<%d>, type<%d>, m_allocSize<%" PRIu32 ">",
-      id, item.GetType(), m_allocSize);
+  service::log_message(service::kLevelFailed,
+                       "CZul3Block::Add(CDataItem&) failed, fid<%d>, type<%d>, m_allocSize<%" PRIu32
+                       ">",
+                       id, item.GetType(), m_allocSize);
   return false;
 }
 
 bool CZul3Block::Add(FID id, const char* text) {
   if (!IsWritable() || text == nullptr) return false;
   if (AddField(TYPE_STRING, id, text)) return true;
-  service::log_message(kFailed,
+  service::log_message(service::kLevelFailed,
                        "BigZUL3_add_field failed for Add(FID, const char*), fid<%d>, sz<%s>, "
                        "m_allocSize<%" PRIu32 ">",
                        int{id}, text, m_allocSize);
@@ -337,13 +335,7 @@ bool CZul3Block::View(service::FieldView& view) const {
 
 bool CZul3Block::GetCurrentField(CDataItem* item) {
   service::FieldView view;
-  if (!View(view)) return false;
-  if (item == nullptr) return view.layout != nullptr;
-  if (fill_item(view, *item)) return true;
-  if (view.layout != nullptr) return false;
-  service::log_error("Unhandled type<%d> for fid<%d> inside CZul3Block::GetCurrentField", view.type,
-                     int{view.id});
-  return false;
+  return View(view) && fill_item(view, item, "CZul3Block");
 }
 
 FID CZul3Block::GetCurrentFieldId() {

@@ -3,17 +3,16 @@
 #include <wqdata/blocks/fielditem.h>
 #include <wqdata/blocks/zul4block.h>
 #include <wqdata/items/dataitem.h>
-#include <wqdata/items/missing.h>
 #include <wqdata/service/operations.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
 
-constexpr int kFailed = 1;
-
-std::uint16_t low_16_bits(int baseCode) { return static_cast<std::uint16_t>(baseCode); }
-
-bool is_vector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= TYPE_VECTOR_TIME; }
+int add_price(service::ZUL4HANDLE& handle, FID id, const CFixPtNum& price) {
+  const auto baseCode = static_cast<std::uint16_t>(price.GetBaseCode());
+  return service::ZUL4_add_lpack(handle, id, baseCode, price);
+}
 
 }  // namespace
 
@@ -72,7 +71,7 @@ bool CZul4Block::Add(FID id, const ZULDATE& value) {
 bool CZul4Block::Add(FID id, const CFixPtNum& value) {
   if (!IsWritable()) return false;
   if (is_missing(static_cast<FPN>(value))) return AddError(id, kMissing);
-  return service::ZUL4_add_lpack(m_handle, id, low_16_bits(value.GetBaseCode()), value) == 0;
+  return add_price(m_handle, id, value) == 0;
 }
 
 bool CZul4Block::Add(FID id, double value) {
@@ -105,7 +104,7 @@ bool CZul4Block::Add(FID id, const char* text) {
 bool CZul4Block::Add(CDataItem& item) {
   if (!IsWritable()) return false;
   const int type = item.GetType();
-  if (is_vector(type)) return AddVector(item) || Refused();
+  if (service::is_vector(type)) return AddVector(item) || Refused();
   if (service::find_layout(service::kZul4Fields, type) == nullptr || type == TYPE_EMPTY)
     return false;
   return AddScalar(item) || Refused();
@@ -123,8 +122,7 @@ bool CZul4Block::AddScalar(CDataItem& item) {
     case TYPE_ERROR: return service::ZUL4_add_error(m_handle, id, item.GetError()) == 0;
     default: break;
   }
-  const CFixPtNum price = item.GetFPN();
-  return service::ZUL4_add_lpack(m_handle, id, low_16_bits(price.GetBaseCode()), price) == 0;
+  return add_price(m_handle, id, item.GetFPN()) == 0;
 }
 
 bool CZul4Block::AddVector(CDataItem& item) {
@@ -150,7 +148,8 @@ bool CZul4Block::AddVector(CDataItem& item) {
 
 /// Says in the log that a field found no room. Always false.
 bool CZul4Block::Refused() {
-  service::log_message(kFailed, "Couldn't allocate ZUL4 record size %d", GetDataSize());
+  service::log_message(service::kLevelFailed, "Couldn't allocate ZUL4 record size %d",
+                       GetDataSize());
   return false;
 }
 
@@ -181,8 +180,8 @@ bool CZul4Block::AddStringVector(FID id, const char* strings, std::uint32_t coun
 
 bool CZul4Block::AddPriceVector(FID id, const std::int32_t* prices, std::int16_t baseCode,
                                 std::uint32_t count) {
-  return IsWritable() &&
-         service::ZUL4_add_lpack_vector(m_handle, id, low_16_bits(baseCode), prices, count) == 0;
+  const auto code = static_cast<std::uint16_t>(baseCode);
+  return IsWritable() && service::ZUL4_add_lpack_vector(m_handle, id, code, prices, count) == 0;
 }
 
 bool CZul4Block::FirstRecord() { return service::ZUL4_seek_record(m_handle, 0) == 0; }
@@ -214,13 +213,7 @@ int CZul4Block::GetVectorSize() {
 
 bool CZul4Block::GetCurrentField(CDataItem* item) {
   service::FieldView view;
-  if (service::ZUL4_current_field(m_handle, view) != 0) return false;
-  if (item == nullptr) return view.layout != nullptr;
-  if (fill_item(view, *item)) return true;
-  if (view.layout != nullptr) return false;
-  service::log_error("Unhandled type<%d> for fid<%d> inside CZul4Block::GetCurrentField", view.type,
-                     int{view.id});
-  return false;
+  return service::ZUL4_current_field(m_handle, view) == 0 && fill_item(view, item, "CZul4Block");
 }
 
 FID CZul4Block::GetCurrentFieldId() {

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include <wqdata/items/dataitem.h>
-#include <wqdata/items/missing.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
@@ -119,14 +119,21 @@ void CDataItem::Set(FID id, double value) {
 }
 
 void CDataItem::Set(FID id, const char* text, int length) {
-  if (is_missing(text)) return SetError(id, kMissing);
-  const std::size_t bytes = length < 0 ? std::strlen(text) : static_cast<std::size_t>(length);
-  if (bytes > kLongestText) return;
+  const bool whole = length < 0 && text != nullptr;
+  SetText(id, text, whole ? std::strlen(text) : static_cast<std::size_t>(length));
+}
+
+bool CDataItem::SetText(FID id, const char* text, std::size_t bytes) {
+  if (is_missing(text)) {
+    SetError(id, kMissing);
+    return true;
+  }
+  if (bytes > kLongestText) return false;
   if (bytes < m_capacity) {
     std::memmove(m_string, text, bytes);
   } else {
     char* const larger = new (std::nothrow) char[2 * bytes];
-    if (larger == nullptr) return;
+    if (larger == nullptr) return false;
     std::memcpy(larger, text, bytes);  // before the old buffer goes: `text` may lie in it
     ReplaceStringBuffer(larger, static_cast<std::uint32_t>(2 * bytes));
   }
@@ -134,6 +141,7 @@ void CDataItem::Set(FID id, const char* text, int length) {
   m_id = id;
   m_type = TYPE_STRING;
   m_size = static_cast<int>(bytes) + 1;
+  return true;
 }
 
 void CDataItem::SetError(FID id, std::int16_t error) {

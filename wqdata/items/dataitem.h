@@ -1,6 +1,7 @@
 #ifndef WQDATA_ITEMS_DATAITEM_H_
 #define WQDATA_ITEMS_DATAITEM_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include <wqdata/export.h>
@@ -93,6 +94,9 @@ class WQDATA_API CDataItem {
   /// hold NULs; `GetSize` counts them, while `Print` stops at the first. A text of 2^31 - 1 bytes
   /// or more leaves the item as it was.
   void Set(FID id, const char* text, int length);
+
+  /// The same for the first `length` bytes. True when stored, or missing.
+  bool SetText(FID id, const char* text, std::size_t length);
 
   /// Store a copy of `count` elements. They are not tested for missing-value markers. `values` may
   /// be this item's own vector; null with a count above 0, and a count beyond 2^31 - 1, leave the
@@ -190,6 +194,38 @@ class WQDATA_API CDataItem {
   /// in this item, until the next `GetString` of a value that is no text, the next text stored
   /// here, a move from the item, or its end.
   const char* GetString() const;
+
+  /// Compares this item with `other`. The type of this item alone says how, and `other` is read by
+  /// the accessor of that type, whatever its own, a marker counting as the number that it is: a
+  /// TYPE_LONG 5 is greater than a TYPE_DOUBLE 5.0, which has no value as a long, while the double
+  /// equals the long.
+  ///
+  /// - A double or a price compares by `GetFloat`; a NaN on either side gives CMP_LESS.
+  /// - A long compares by `GetLong`, a short by `GetShort`, a date by `GetDate`, a time by the
+  ///   seconds since midnight.
+  /// - A text compares with the text of `other` (`GetString`) as a pattern, see `MatchPattern`.
+  /// - CMP_INVALID for an error item on either side, and for a vector or a blob as this item.
+  ///
+  /// Neither value changes; the string buffer of `other` may.
+  CmpRc Compare(CDataItem& other);
+
+  /// By `Compare`. All six are false for two items that can't be compared.
+  bool operator==(CDataItem& other);
+  bool operator!=(CDataItem& other);
+  bool operator<(CDataItem& other);
+  bool operator<=(CDataItem& other);
+  bool operator>(CDataItem& other);
+  bool operator>=(CDataItem& other);
+
+  /// The result of the calculation under identifier 0. Two longs or shorts give a TYPE_LONG, whose
+  /// 32 bits wrap and whose quotient is truncated toward zero. Any other two operands count by
+  /// `GetFloat` and give a TYPE_DOUBLE, two prices too. The error item of error value 2 comes of an
+  /// operand without a number, a missing one, a division by zero, and a result that equals the
+  /// missing marker of its type. Neither operand changes.
+  CDataItem operator+(CDataItem& other);
+  CDataItem operator-(CDataItem& other);
+  CDataItem operator*(CDataItem& other);
+  CDataItem operator/(CDataItem& other);
 
   /// Writes the value's text into `buffer`, touching at most `size` bytes: "%.4f" of a double (315
   /// characters at the most, a decimal point in every locale), "%d" of a long or short, a text up

@@ -1,7 +1,7 @@
 // Prices, dates and times in an item: held as packed records, built as classes when asked for.
 
 #include <wqdata/items/dataitem.h>
-#include <wqdata/items/missing.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {

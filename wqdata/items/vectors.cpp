@@ -6,7 +6,7 @@
 #include <new>
 
 #include <wqdata/items/dataitem.h>
-#include <wqdata/items/missing.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {

@@ -9,8 +9,6 @@ namespace {
 constexpr int kAdded = 0;
 constexpr int kRefused = 1;
 
-bool is_vector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= TYPE_VECTOR_TIME; }
-
 int add(std::uint8_t*& record, FieldValue value, std::uint32_t& allocated) {
   const bool exists = record != nullptr;
   const std::uint32_t length =

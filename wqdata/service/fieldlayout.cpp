@@ -125,7 +125,7 @@ bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
 }
 
 std::uint32_t vector_size(const FieldView& view) {
-  if (view.layout == nullptr || view.layout->countAt == 0 || view.type == TYPE_STRING) return 0;
+  if (view.layout == nullptr || !is_vector(view.type)) return 0;
   return view.layout->stringsAt != 0 ? std::min(view.strings, view.count) : view.count;
 }
 

@@ -37,6 +37,10 @@ extern const FieldFormat kZul4Fields;
 /// The layout of a type, null for a type word that no field has.
 const FieldLayout* find_layout(const FieldFormat& format, int type);
 
+/// True for the types of a field that counts its elements, the strings of one included; a text is
+/// none.
+inline bool is_vector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= TYPE_VECTOR_TIME; }
+
 /// A field that is to be written.
 struct FieldValue {
   int type;

@@ -12,6 +12,11 @@
 
 namespace wqd::service {
 
+/// The levels of the log.
+inline constexpr int kLevelUnhandled = 0;  ///< a type that is not handled
+inline constexpr int kLevelFailed = 1;     ///< an operation that failed
+inline constexpr int kLevelRejected = 2;   ///< input that was rejected or ignored
+
 /// Logs one line, composed by the rules of printf. Never fails its caller: a line that can't be
 /// composed for want of memory is cut. Decimal points follow the locale, so a caller that shows a
 /// floating-point number formats it beforehand.
@@ -47,6 +52,19 @@ int base_code_rank(int baseCode);
 /// The decimal code with as many decimals as the fractions of a code need to be exact; any other
 /// code itself. Its range is smaller: 109 ends at 21.47483647.
 std::uint16_t numeric_base_code(std::uint16_t baseCode);
+
+/// Joins the parts as components of a path, null and empty ones left out, and writes the path into
+/// `buffer` of `size` bytes as `expand_file_name` completes it. `kind` is 0. The buffer then holds
+/// a NUL-ended text, the empty one when the path does not fit, there is no working directory or no
+/// memory; null, or a `size` below 1, takes nothing.
+void make_file_name(int kind, const char* directory, const char* name, const char* extension,
+                    char* buffer, int size);
+
+/// Completes the path in `buffer` in place: absolute, from the working directory, and without
+/// components of `.` and `..` and doubled separators. No file is looked at. Of the empty path it
+/// makes the working directory. The result and its failures are those of `make_file_name`; a text
+/// without a NUL in its `size` bytes does not fit.
+void expand_file_name(char* buffer, int size);
 
 /// The value of a price text in one of the two fraction notations, `101 2/8` or `101^08`, see
 /// `Fraction`. MISSING_DOUBLE for a null pointer and for any text that is neither.

@@ -4,6 +4,7 @@
 
 #include <wqdata/service/operations.h>
 #include <wqdata/values/fixptnum.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
@@ -57,7 +58,7 @@ bool CFixPtNum::ConvertNumericBaseCode() {
   return true;
 }
 
-bool CFixPtNum::IsMissing() const { return std::abs(MISSING_DOUBLE - m_value) < 0.01; }
+bool CFixPtNum::IsMissing() const { return is_missing(m_value); }
 
 CFixPtNum::operator double() const { return m_value; }
 

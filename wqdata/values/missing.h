@@ -1,6 +1,6 @@
-/// The missing-value rule of items, one test for each type of value.
-#ifndef WQDATA_ITEMS_MISSING_H_
-#define WQDATA_ITEMS_MISSING_H_
+/// The missing-value rule, one test for each type of value.
+#ifndef WQDATA_VALUES_MISSING_H_
+#define WQDATA_VALUES_MISSING_H_
 
 #include <cmath>
 #include <cstdint>
@@ -35,4 +35,4 @@ inline bool is_missing(const ZULTIME& time) { return time.minutes == MISSING_TIM
 
 }  // namespace wqd
 
-#endif  // WQDATA_ITEMS_MISSING_H_
+#endif  // WQDATA_VALUES_MISSING_H_
