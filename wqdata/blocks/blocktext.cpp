@@ -9,7 +9,6 @@
 
 #include <wqdata/blocks/textblock.h>
 #include <wqdata/items/dataitem.h>
-#include <wqdata/service/fieldlayout.h>
 #include <wqdata/service/operations.h>
 
 namespace wqd {
@@ -17,68 +16,80 @@ namespace {
 
 constexpr std::size_t kMostFields = std::numeric_limits<std::uint16_t>::max();
 
-/// A field of a record that is printed as rows. The rows ask for its elements from the first on.
-struct Column {
-  CDataItem item;
-  std::size_t string = 0;  ///< of a string vector, the offset of the string of the latest row
-};
-
 template <typename Element>
 Element element_of(CDataItem& vector, int index) {
   return static_cast<const Element*>(vector.GetVectorPtr())[index];
 }
 
-/// The string of a row: the last one serves all further rows, and may lack its NUL.
-std::string_view string_of(Column& column, int row) {
-  const std::string_view all(static_cast<const char*>(column.item.GetVectorPtr()),
-                             static_cast<std::size_t>(column.item.GetSize()));
-  const std::size_t next = all.find('\0', column.string) + 1;
-  if (row > 0 && next != 0 && next < all.size()) column.string = next;
-  return all.substr(column.string, all.find('\0', column.string) - column.string);
-}
-
-/// Sets `cell` to the element for a row of a vector that has some: the last one serves all further
-/// rows. False without memory.
-bool set_cell(CDataItem& cell, Column& column, int row) {
-  CDataItem& vector = column.item;
-  const FID id = vector.GetId();
-  const int index = std::min(row, vector.GetSize() - 1);
-  switch (vector.GetType()) {
-    case TYPE_VECTOR_DOUBLE: cell.Set(id, element_of<double>(vector, index)); break;
-    case TYPE_VECTOR_LONG: cell.Set(id, element_of<std::int32_t>(vector, index)); break;
-    case TYPE_VECTOR_INT: cell.Set(id, element_of<std::int16_t>(vector, index)); break;
-    case TYPE_VECTOR_DATE: cell.Set(id, element_of<ZULDATE>(vector, index)); break;
-    case TYPE_VECTOR_TIME: cell.Set(id, element_of<ZULTIME>(vector, index)); break;
+/// Sets `cell` to an element of `item`; false for an item that holds none, or strings.
+bool set_element(CDataItem& cell, CDataItem& item, int index) {
+  const FID id = item.GetId();
+  switch (item.GetSize() == 0 ? TYPE_EMPTY : item.GetType()) {
+    case TYPE_VECTOR_DOUBLE: cell.Set(id, element_of<double>(item, index)); return true;
+    case TYPE_VECTOR_LONG: cell.Set(id, element_of<std::int32_t>(item, index)); return true;
+    case TYPE_VECTOR_INT: cell.Set(id, element_of<std::int16_t>(item, index)); return true;
+    case TYPE_VECTOR_DATE: cell.Set(id, element_of<ZULDATE>(item, index)); return true;
+    case TYPE_VECTOR_TIME: cell.Set(id, element_of<ZULTIME>(item, index)); return true;
     case TYPE_VECTOR_LPACK:
-      cell.Set(id, CFixPtNum(element_of<std::int32_t>(vector, index), vector.GetBaseCode()));
-      break;
-    default: {
-      const std::string_view text = string_of(column, row);
-      return cell.SetText(id, text.data(), text.size());
-    }
+      cell.Set(id, CFixPtNum(element_of<std::int32_t>(item, index), item.GetBaseCode()));
+      return true;
+    default: return false;
   }
-  return true;
 }
 
-bool add_cell(CTextBlock& target, Column& column, int row) {
-  CDataItem& item = column.item;
-  if (!service::is_vector(item.GetType())) return target.Add(item);
-  if (item.GetSize() == 0) return target.Add(item.GetId(), "");
-  CDataItem cell;
-  return set_cell(cell, column, row) && target.Add(cell);
-}
+}  // namespace
 
-/// A field that can't be read is the error item of a new column.
-std::vector<Column> read_columns(CDataBlock& source) {
+/// A field of a record that is printed as rows. Its text is at hand with its length: the rows of a
+/// full block must not measure a long one again, each of them.
+struct CTextBlock::Column {
+  CDataItem item;
+  std::string_view text;  ///< of the latest row, where no element is printed
+
+  /// Sets `text` for the first row.
+  void Begin() { text = IsStrings() ? StringFrom(0) : item.GetString(); }
+
+  /// Sets it for the next one: the last string serves all further rows.
+  void Next() {
+    if (!IsStrings()) return;
+    const std::size_t next =
+        static_cast<std::size_t>(text.data() - Strings().data()) + text.size() + 1;
+    if (next < Strings().size()) text = StringFrom(next);
+  }
+
+ private:
+  bool IsStrings() const { return item.GetType() == TYPE_VECTOR_STRING; }
+
+  std::string_view Strings() {
+    return {static_cast<const char*>(item.GetVectorPtr()),
+            static_cast<std::size_t>(item.GetSize())};
+  }
+
+  /// The string at an offset; the last one may lack its NUL.
+  std::string_view StringFrom(std::size_t at) {
+    const std::string_view rest = Strings().substr(at);
+    return rest.substr(0, rest.find('\0'));
+  }
+};
+
+/// Reads each field of the current record once: read again for each row, a long vector would take
+/// the square of its length. A field that can't be read is the error item of a new column.
+std::vector<CTextBlock::Column> CTextBlock::ReadColumns(CDataBlock& source) {
   std::vector<Column> columns;
   for (bool more = source.FirstField(); more; more = source.NextField()) {
     if (columns.size() == kMostFields) throw std::bad_alloc();
     source.GetCurrentField(&columns.emplace_back().item);
   }
+  for (Column& column : columns) column.Begin();  // now that they stay where they are
   return columns;
 }
 
-}  // namespace
+bool CTextBlock::AddCell(Column& column, int row) {
+  CDataItem cell;
+  const int index = std::min(row, column.item.GetSize() - 1);
+  if (set_element(cell, column.item, index)) return Add(cell);
+  if (row > 0) column.Next();
+  return AddValue(column.text);
+}
 
 bool CTextBlock::AddBlock(CDataBlock* source) {
   bool room = true;
@@ -111,17 +122,16 @@ bool CTextBlock::AddLine(CDataBlock& source) {
   return EndRecord() || m_readOnly;
 }
 
-/// Each vector is read once: read again for each row, a long one would take the square of its
-/// length. False as above.
+/// False as above.
 bool CTextBlock::AddRows(CDataBlock& source, int rows) {
   const char* const format = CfName(source.GetFormat());
   try {
-    std::vector<Column> columns = read_columns(source);
+    std::vector<Column> columns = ReadColumns(source);
     bool room = true;
     for (int row = 0; row < rows && room; ++row) {
       StartRecord();
       for (Column& column : columns) {
-        if (add_cell(*this, column, row)) continue;
+        if (AddCell(column, row)) continue;
         service::log_message(
             service::kLevelFailed,
             "CTextBlock::AddBlock w/h vsize<%d>, indata<%s>, failed at add <%d> w/h type<%d>", rows,

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include <wqdata/blocks/datablock.h>
 
@@ -64,9 +65,12 @@ class CTextBlock final : public CDataBlock {
 
  private:
   struct Growth;
+  struct Column;
 
   bool AddLine(CDataBlock& source);
   bool AddRows(CDataBlock& source, int rows);
+  static std::vector<Column> ReadColumns(CDataBlock& source);
+  bool AddCell(Column& column, int row);
   bool AddValue(std::string_view text);
   bool Append(std::string_view bytes);
   void Put(std::string_view bytes);
