@@ -271,6 +271,63 @@ void Vectors() {
   Expect("vectors", "[101 2/8][101 0/8][N/A]", Joined(seen));
 }
 
+void Convert() {
+  // [tour: convert]
+  constexpr FID kDay = 10;
+  constexpr FID kCloses = 25;
+  const double closes[] = {101.25, 101.5, 102};
+
+  wqd::DataBlockPtr sent(wqd::CDataBlock::NewDataBlock(ZUL4));
+  sent->StartRecord();
+  sent->Add(kDay, wqd::CZulDate(2, 29, 2024));
+  sent->AddDoubleVector(kCloses, closes, 3);
+  sent->EndRecord();
+  sent->StartRecord();
+  sent->Add(kDay, wqd::CZulDate(3, 31, 2024));
+  sent->EndRecord();
+
+  wqd::DataBlockPtr zul3(wqd::CDataBlock::NewDataBlock(ZUL3));
+  const bool whole = zul3->Add(sent.get());  // true
+
+  wqd::DataBlockPtr csv(wqd::CDataBlock::NewDataBlock(CSV));
+  csv->Add(zul3.get());
+  const char* text = static_cast<const char*>(csv->GetData());
+  // "02/29/2024,101.2500\n02/29/2024,101.5000\n02/29/2024,102.0000\n03/31/2024,N/A\n"
+
+  wqd::DataBlockPtr copy(wqd::CDataBlock::NewDataBlock(zul3.get()));  // of ZUL3 and ZUL4 alone
+  // [/tour]
+  Expect("convert, whole", "true", whole ? "true" : "false");
+  Expect("convert, text",
+         "02/29/2024,101.2500\n02/29/2024,101.5000\n02/29/2024,102.0000\n03/31/2024,N/A\n", text);
+  const auto bytes = [](wqd::CDataBlock& block) {
+    return std::string_view(static_cast<const char*>(block.GetData()),
+                            static_cast<std::size_t>(block.GetDataSize()));
+  };
+  Expect("convert, copy", bytes(*zul3), bytes(*copy));
+}
+
+void Compute() {
+  // [tour: compute]
+  wqd::CDataItem bid(FID{22}, wqd::CFixPtNum("101 2/8"));
+  wqd::CDataItem ask(FID{23}, "101.375", -1);
+  wqd::CDataItem two(FID{0}, std::int32_t{2});
+  wqd::CDataItem missing(FID{24}, MISSING_LONG);
+  wqd::CDataItem pattern(FID{0}, "101*", -1);
+
+  const bool crossed = bid >= ask;               // false
+  wqd::CDataItem sum = bid + ask;                // a double, under identifier 0
+  const double middle = (sum / two).GetFloat();  // 101.3125
+  const bool matches = ask == pattern;           // true: the text on the right is a pattern
+  const CmpRc order = missing.Compare(two);      // CMP_INVALID; all six operators are false
+  const bool known = !(bid + missing).IsNull();  // false
+  // [/tour]
+  Expect("compute, crossed", "false", crossed ? "true" : "false");
+  Expect("compute, middle", "101.312500", std::to_string(middle));
+  Expect("compute, matches", "true", matches ? "true" : "false");
+  Expect("compute, order", std::to_string(CMP_INVALID), std::to_string(order));
+  Expect("compute, known", "false", known ? "true" : "false");
+}
+
 void Parse() {
   Texts fields;
   // [tour: parse]
@@ -309,6 +366,8 @@ int main() {
   TypedFields();
   Binary();
   Vectors();
+  Convert();
+  Compute();
   Parse();
   Log();
   return differences == 0 ? 0 : 1;
