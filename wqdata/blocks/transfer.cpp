@@ -61,7 +61,8 @@ bool CDataBlock::Add(CDataBlock* source) {
 
 CDataBlock* CDataBlock::NewDataBlock(const CDataBlock* source) {
   if (source == nullptr) return nullptr;
-  auto* const walked = const_cast<CDataBlock*>(source);  // its cursors move, and nothing else
+  // Its cursors move, and nothing else.
+  auto* const walked = const_cast<CDataBlock*>(source);  // NOLINT(*-pro-type-const-cast)
   const cf_id format = walked->GetFormat();
   if (format != ZUL3 && format != ZUL4) return nullptr;
   CDataBlock* const copy = NewDataBlock(format);
