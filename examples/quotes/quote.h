@@ -19,6 +19,11 @@ inline constexpr FID kCloseField = 13;
 inline constexpr FID kAdjCloseField = 14;  ///< close, adjusted for dividends and splits
 inline constexpr FID kVolumeField = 20;    ///< shares traded, a whole number
 
+/// Those of a record of one month.
+inline constexpr FID kMonthField = 30;  ///< its first day of trading
+inline constexpr FID kVolumesField =
+    31;  ///< the volumes of its days, missing ones as MISSING_DOUBLE
+
 inline const wqd::CFixPtNum kMissingPrice(MISSING_LONG, 0);
 
 /// The values of one day; each is missing until it is set. A day's volume passes the range of 32

@@ -1,17 +1,17 @@
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "blockfiles.h"
-#include "quoteblocks.h"
 #include "quotefile.h"
+#include "records.h"
 #include "summary.h"
 
 namespace {
@@ -53,19 +53,15 @@ std::string Lines(const std::vector<Quote>& quotes) {
   return lines;
 }
 
-ReceivedQuotes Receive(std::string text) {
-  return ReceiveQuotes(TEXT, text.data(), static_cast<int>(text.size()) + 1);
-}
-
 struct Outcome {
   int status;
   std::string output;
 };
 
 /// The program's exit status and what it wrote to both streams.
-Outcome RunQuotes(const std::string& arguments, const std::string& environment = "") {
+Outcome RunQuotes(const std::string& arguments) {
   Outcome run{-1, ""};
-  const std::string command = environment + " '" QUOTES_PROGRAM "' 2>&1 " + arguments;
+  const std::string command = "'" QUOTES_PROGRAM "' 2>&1 " + arguments;
   std::FILE* const pipe = popen(command.c_str(), "r");
   if (pipe == nullptr) return run;
   for (int c = std::getc(pipe); c != EOF; c = std::getc(pipe)) run.output += static_cast<char>(c);
@@ -74,25 +70,16 @@ Outcome RunQuotes(const std::string& arguments, const std::string& environment =
   return run;
 }
 
-const std::string kMissingFile = "'" QUOTES_SOURCE_DIR "/missing.csv'";
-
 const std::string kTwoDays =
     "2024-02-29,1469.250000,3393.520020,1 2/8,101^08,-2,11456230000\n"
     "2024-03-01,1,N/A,1,1,1,\n";
 
-const std::string kTwoDaysAsPairs =
-    "1,02/29/2024,10,1469.250000,11,3393.52,12,1 2/8,13,101^08,14,-2,20,11456230000.0000\n"
-    "1,03/01/2024,10,1,11,N/A,12,1,13,1,14,1,20,N/A\n";
-
-/// What is read from the file; the text of a price with code 110 shows another code.
-std::string TwoDaysAsLines(int codeOfHigh) {
-  return "2024-02-29,1469.250000:107,3393.52:" + std::to_string(codeOfHigh) +
-         ",1 2/8:3,101^08:15,-2:101,11456230000.000000\n"
-         "2024-03-01,1:101,N/A:0,1:101,1:101,1:101,-99999999.999999\n";
-}
+const std::string kTwoDaysRead =
+    "2024-02-29,1469.250000:107,3393.52:110,1 2/8:3,101^08:15,-2:101,11456230000.000000\n"
+    "2024-03-01,1:101,N/A:0,1:101,1:101,1:101,-99999999.999999\n";
 
 TEST(QuoteFile, ReadsDays) {
-  EXPECT_EQ(Lines(Read(kHeader + kTwoDays).quotes), TwoDaysAsLines(110));
+  EXPECT_EQ(Lines(Read(kHeader + kTwoDays).quotes), kTwoDaysRead);
   EXPECT_EQ(Lines(Read(kHeader + "\n2024-03-01,1,,1,1,1,N/A\r\n").quotes),
             "2024-03-01,1:101,N/A:0,1:101,1:101,1:101,-99999999.999999\n");
 }
@@ -131,126 +118,132 @@ TEST(QuoteFile, SaysWhatIsWrong) {
   for (const auto& [text, expected] : cases) EXPECT_EQ(ReadError(text), expected) << text;
 }
 
-TEST(QuoteBlocks, WritesValuesAndPairs) {
+/// Two days with the records of their months.
+std::vector<Record> TwoMonths() { return MakeRecords(Read(kHeader + kTwoDays).quotes); }
+
+TEST(Records, GoThroughEveryEncoding) {
+  std::vector<Record> records = TwoMonths();
+  ASSERT_EQ(records.size(), 4U);
+  const wqd::DataBlockPtr zul4 = BuildBlock(ZUL4, records);
+  const wqd::DataBlockPtr zul3 = ConvertBlock(ZUL3, *zul4);
+  const wqd::DataBlockPtr csv = ConvertBlock(CSV, *zul3);
+  EXPECT_EQ(FindDifference(*zul4, records), "");
+  EXPECT_EQ(FindDifference(*zul3, records), "");
+  const char* const text = static_cast<const char*>(csv->GetData());
+  EXPECT_STREQ(text,
+               "02/29/2024,1469.250000,3393.52,1 2/8,101^08,-2,11456230000.0000\n"
+               "02/29/2024,11456230000.0000,N/A,N/A,N/A,N/A,N/A\n"
+               "03/01/2024,1,N/A,1,1,1,N/A\n"
+               "03/01/2024,N/A,N/A,N/A,N/A,N/A,N/A\n");
+  EXPECT_EQ(FindTextDifference(text, kFieldsPerQuote, records), "");
+  EXPECT_THROW(BuildBlock(NOTXLTABLE, records), std::runtime_error);
+  EXPECT_THROW(ConvertBlock(Btrieve, *zul4), std::runtime_error);
+}
+
+/// The first difference of the ZUL4 block of the two months when one of its bytes is changed.
+std::string DifferenceWith(std::size_t at) {
+  std::vector<Record> records = TwoMonths();
+  const wqd::DataBlockPtr block = BuildBlock(ZUL4, records);
+  static_cast<char*>(block->GetData())[at] ^= 1;
+  return FindDifference(*block, records);
+}
+
+/// By hand: a header of 8 bytes and a head of 8 for each record; a date takes 8 bytes, its day at
+/// 4; a price 12, its code at 4 and its long at 8; a volume 12 and a vector 8 with its doubles.
+TEST(Records, TellASingleBitThatChanged) {
+  EXPECT_EQ(DifferenceWith(16 + 4),
+            "record 1: field 1 '02/29/2024' expected, field 1 '02/28/2024' found");
+  EXPECT_EQ(DifferenceWith(16 + 8 + 8),
+            "record 1: field 10 '1469.250000' expected, field 10 '1469.250001' found");
+  EXPECT_EQ(DifferenceWith(16 + 8 + 24 + 4),
+            "record 1: field 12 '1 2/8' expected, field 12 '2 2/4' found");
+  EXPECT_EQ(DifferenceWith(16 + 8 + 60 + 4 + 6),
+            "record 1: field 20 '11456230000.0000' expected, field 20 '10919359088.0000' found");
+  EXPECT_EQ(DifferenceWith(104 + 8 + 8),
+            "record 2: field 31 '11456230000.0000' expected, field 31 '11456230000.0000' found");
+}
+
+TEST(Records, TellALineThatChanged) {
+  std::vector<Record> records = TwoMonths();
+  const wqd::DataBlockPtr csv = ConvertBlock(CSV, *BuildBlock(ZUL4, records));
   const struct {
-    cf_id format;
-    Layout layout;
-    std::string expected;
-  } cases[] = {
-      {TEXT, Layout::kValues,
-       "02/29/2024\t1469.250000\t3393.52\t1 2/8\t101^08\t-2\t11456230000.0000\n"
-       "03/01/2024\t1\tN/A\t1\t1\t1\tN/A\n"},
-      {CSV, Layout::kPairs, kTwoDaysAsPairs},
+    std::string from, to, difference;
+  } changes[] = {
+      {"101^08,", "101^09,", "record 1: field 13 '101^08' expected, field 13 '101^09' found"},
+      {"N/A\n03/01/2024", "1\n03/01/2024", "record 2: field 0 'N/A' expected, field 0 '1' found"},
+      {"30000.0000,N", "30001.0000,N",
+       "record 2: field 31 '11456230000.0000' expected, field 31 '11456230001.0000' found"},
+      {",N/A\n", "", ""},
   };
-  const std::vector<Quote> quotes = Read(kHeader + kTwoDays).quotes;
-  for (const auto& [format, layout, expected] : cases) {
-    const wqd::DataBlockPtr block = BuildQuotes(format, layout, quotes);
-    EXPECT_STREQ(static_cast<const char*>(block->GetData()), expected.c_str()) << CfName(format);
-  }
-  EXPECT_THROW(BuildQuotes(NOTXLTABLE, Layout::kValues, quotes), std::runtime_error);
-}
-
-TEST(QuoteBlocks, ReceivesPairs) {
-  const ReceivedQuotes two = Receive(kTwoDaysAsPairs);
-  EXPECT_EQ(Lines(two.quotes), TwoDaysAsLines(103));
-  EXPECT_EQ(two.missing, 2);
-  EXPECT_EQ(Lines(Receive("20,7,999,8,1,2024-02-29,11,5 1/2").quotes),
-            "2024-02-29,N/A:0,5 1/2:1,N/A:0,N/A:0,N/A:0,7.000000\n");
-}
-
-/// By hand: a header of 12 or 8 bytes, a date of 8, a price of 10 or 12, a volume of 12, a missing
-/// value of 6, and in ZUL4 8 more for each record.
-TEST(QuoteBlocks, CarriesPricesWithTheirCodesInBinary) {
-  const struct {
-    cf_id format;
-    int bytes;
-  } cases[] = {{ZUL3, 12 + 70 + 60}, {ZUL4, 8 + 88 + 76}};
-  for (const auto& [format, bytes] : cases) {
-    const wqd::DataBlockPtr block =
-        BuildQuotes(format, Layout::kValues, Read(kHeader + kTwoDays).quotes);
-    EXPECT_EQ(block->GetDataSize(), bytes) << CfName(format);
-    const ReceivedQuotes two = ReceiveQuotes(format, block->GetData(), bytes);
-    EXPECT_EQ(Lines(two.quotes), TwoDaysAsLines(110)) << CfName(format);
-    EXPECT_EQ(two.missing, 2) << CfName(format);
+  const wqd::DataBlockPtr padded =
+      ConvertBlock(CSV, *ConvertBlock(ZUL3, *BuildBlock(ZUL4, records)));
+  for (const auto& [from, to, difference] : changes) {
+    std::string text = static_cast<const char*>(padded->GetData());
+    if (difference.empty()) {
+      text.erase(text.rfind(from));
+      EXPECT_EQ(FindTextDifference(text.c_str(), kFieldsPerQuote, records),
+                "record 4: field 0 'N/A' expected, no value found");
+      continue;
+    }
+    text.replace(text.find(from), from.size(), to);
+    EXPECT_EQ(FindTextDifference(text.c_str(), kFieldsPerQuote, records), difference);
   }
 }
 
-TEST(Summary, CountsEqualValues) {
-  const std::vector<Quote> quotes = Read(kHeader + kTwoDays).quotes;
-  EXPECT_EQ(CountEqualValues(quotes, Receive(kTwoDaysAsPairs).quotes, CSV), 14U);
-  EXPECT_EQ(CountEqualValues(quotes, Receive(kTwoDaysAsPairs).quotes, ZUL4), 13U);
-  const struct {
-    const char* what;
-    void (*change)(Quote& first, Quote& second);
-  } cases[] = {
-      {"the next price", [](Quote& first, Quote&) { first.open.Set(1469.250001, 107); }},
-      {"another base code", [](Quote& first, Quote&) { first.adjClose.ChangeBase(0); }},
-      {"0 for missing", [](Quote&, Quote& second) { second.high = wqd::CFixPtNum(); }},
-      {"the next day", [](Quote& first, Quote&) { ++first.date; }},
-  };
-  for (const auto& [what, change] : cases) {
-    std::vector<Quote> other = quotes;
-    change(other[0], other[1]);
-    EXPECT_EQ(CountEqualValues(quotes, other, CSV), 13U) << what;
-    EXPECT_EQ(CountEqualValues(quotes, other, ZUL3), 13U) << what;
-  }
-  EXPECT_EQ(CountEqualValues(quotes, {quotes[0]}, ZUL4), 7U);
-}
-
-TEST(Quotes, SummarisesFileWithMissingValues) {
-  const Outcome run = RunQuotes(kMissingFile);
+/// What the program writes when all is well: the history, two counts, and the bytes of each
+/// encoding with times, which are not the same twice.
+void ExpectReport(const std::string& file, const std::string& history, int text, int zul3,
+                  int zul4) {
+  const Outcome run = RunQuotes("'" + file + "'");
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.output,
-            "days            4\n"
-            "first day       2024-02-28\n"
-            "last day        2024-03-04\n"
-            "highest high    105.25 on 2024-02-29\n"
-            "lowest low      97.5 on 2024-02-28\n"
-            "largest volume  2147483648 on 2024-03-04\n"
-            "missing values  9\n"
-            "rounded prices  0\n"
-            "TEXT            171 bytes\n"
-            "CSV             171 bytes\n"
-            "pairs           251 bytes, 28 of 28 values equal those sent\n"
-            "ZUL3            252 bytes, 28 of 28 values equal those sent\n"
-            "ZUL4            306 bytes, 28 of 28 values equal those sent\n");
+  EXPECT_EQ(run.output.substr(0, history.size()), history);
+  const auto line = [](const char* format, int bytes) {
+    return format + std::string(" +") + std::to_string(bytes) +
+           " +[0-9]+[.][0-9]+ +[0-9]+[.][0-9]+\n";
+  };
+  const std::string table = "\n +bytes +write ms +read ms\n" + line("TEXT", text) +
+                            line("CSV", text) + line("ZUL3", zul3) + line("ZUL4", zul4);
+  const std::string rest = run.output.substr(std::min(history.size(), run.output.size()));
+  EXPECT_TRUE(std::regex_match(rest, std::regex(table + "\nidentical\n"))) << run.output;
+}
+
+TEST(Quotes, CarriesAFileWithMissingValues) {
+  ExpectReport(QUOTES_SOURCE_DIR "/missing.csv",
+               "days            4\n"
+               "first day       2024-02-28\n"
+               "last day        2024-03-04\n"
+               "highest high    105.25 on 2024-02-29\n"
+               "lowest low      97.5 on 2024-02-28\n"
+               "largest volume  2147483648 on 2024-03-04\n"
+               "missing values  9\n"
+               "rounded prices  0\n",
+               255, 372, 386);
 }
 
 /// The figures are those that awk finds in the file.
-TEST(Quotes, SummarisesSampleData) {
-  const Outcome run = RunQuotes("'" QUOTES_SAMPLE_FILE "'");
-  EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.output,
-            "days            5105\n"
-            "first day       2000-01-03\n"
-            "last day        2020-04-17\n"
-            "highest high    3393.52 on 2020-02-19\n"
-            "lowest low      666.789978 on 2009-03-06\n"
-            "largest volume  11456230000 on 2008-10-10\n"
-            "missing values  0\n"
-            "rounded prices  4421\n"
-            "TEXT            427915 bytes\n"
-            "CSV             427915 bytes\n"
-            "pairs           530015 bytes, 35735 of 35735 values equal those sent\n"
-            "ZUL3            357362 bytes, 35735 of 35735 values equal those sent\n"
-            "ZUL4            449248 bytes, 35735 of 35735 values equal those sent\n");
+TEST(Quotes, CarriesTheSampleData) {
+  ExpectReport(QUOTES_SAMPLE_FILE,
+               "days            5105\n"
+               "first day       2000-01-03\n"
+               "last day        2020-04-17\n"
+               "highest high    3393.52 on 2020-02-19\n"
+               "lowest low      666.789978 on 2009-03-06\n"
+               "largest volume  11456230000 on 2008-10-10\n"
+               "missing values  0\n"
+               "rounded prices  4421\n",
+               565584, 408938, 495944);
 }
 
-TEST(Quotes, KeepsFilesWhenAsked) {
-  const BlockDirectory directory;
-  const std::string place = "TMPDIR='" + directory.Path().string() + "'";
-  EXPECT_EQ(RunQuotes(kMissingFile, place).status, 0);
-  EXPECT_TRUE(std::filesystem::is_empty(directory.Path()));
-  EXPECT_EQ(RunQuotes(kMissingFile, "TMPDIR=/dev/null").status, 1);
-
-  const std::filesystem::path kept = directory.Path() / "made" / "here";
-  EXPECT_EQ(RunQuotes("--keep '" + kept.string() + "' " + kMissingFile).status, 0);
-  std::vector<char> zul3 = ReadBytes(kept / "quotes.zul3");
-  std::vector<char> zul4 = ReadBytes(kept / "quotes.zul4");
-  ASSERT_EQ(zul3.size(), 252U);
-  ASSERT_EQ(zul4.size(), 306U);
-  EXPECT_EQ(Lines(ReceiveQuotes(ZUL3, zul3.data(), 252).quotes),
-            Lines(ReceiveQuotes(ZUL4, zul4.data(), 306).quotes));
+TEST(Quotes, RefusesMoreDaysThanABlockHoldsRecords) {
+  std::string text = kHeader;
+  for (int i = 0; i < 65535; ++i) text += "2024-02-29,1,1,1,1,1,1\n";
+  std::vector<Record> records = MakeRecords(Read(text).quotes);
+  try {
+    BuildBlock(ZUL4, records);
+    FAIL() << records.size();
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "the days are too many for ZUL4");
+  }
 }
 
 TEST(Quotes, FailsWithMessage) {
@@ -264,10 +257,8 @@ TEST(Quotes, FailsWithMessage) {
       {"/dev/null", 1,
        "quotes: /dev/null: line 1: the header is not "
        "'date,open,high,low,close,adjclose,volume'\n"},
-      {"--keep /dev/null " + kMissingFile, 1,
-       "quotes: " QUOTES_SOURCE_DIR "/missing.csv: cannot make /dev/null\n"},
-      {"a b", 2, "usage: quotes [--keep DIRECTORY] [FILE]\n"},
-      {"--keep", 2, "usage: quotes [--keep DIRECTORY] [FILE]\n"},
+      {"a b", 2, "usage: quotes [FILE]\n"},
+      {"--help", 2, "usage: quotes [FILE]\n"},
   };
   for (const auto& [arguments, status, output] : cases) {
     const Outcome run = RunQuotes(arguments);

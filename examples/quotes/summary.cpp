@@ -1,13 +1,9 @@
 #include "summary.h"
 
-#include <algorithm>
-#include <cstdint>
 #include <functional>
 #include <string>
 
 namespace {
-
-constexpr int kFloatingCode = 110;
 
 double Number(const wqd::CFixPtNum& price) { return static_cast<double>(price); }
 double Number(double number) { return number; }
@@ -37,21 +33,6 @@ void PrintExtreme(std::FILE* out, const char* title, const Quote* day, T Quote::
   std::fprintf(out, "%-15s %s\n", title, text.c_str());
 }
 
-bool SamePrice(const wqd::CFixPtNum& sent, const wqd::CFixPtNum& received, bool asText) {
-  if (asText && sent.GetBaseCode() == kFloatingCode) return Number(sent) == Number(received);
-  return sent.GetBaseCode() == received.GetBaseCode() &&
-         static_cast<std::int32_t>(sent) == static_cast<std::int32_t>(received);
-}
-
-std::size_t CountEqualValues(const Quote& sent, const Quote& received, bool asText) {
-  std::size_t equal =
-      (sent.date == received.date ? 1U : 0U) + (sent.volume == received.volume ? 1U : 0U);
-  for (const PriceField& field : kPriceFields) {
-    if (SamePrice(sent.*field.price, received.*field.price, asText)) ++equal;
-  }
-  return equal;
-}
-
 }  // namespace
 
 void PrintHistory(std::FILE* out, const std::vector<Quote>& quotes) {
@@ -64,14 +45,4 @@ void PrintHistory(std::FILE* out, const std::vector<Quote>& quotes) {
   PrintExtreme(out, "lowest low", FindExtreme(quotes, &Quote::low, std::less<>()), &Quote::low);
   PrintExtreme(out, "largest volume", FindExtreme(quotes, &Quote::volume, std::greater<>()),
                &Quote::volume);
-}
-
-std::size_t CountEqualValues(const std::vector<Quote>& sent, const std::vector<Quote>& received,
-                             cf_id format) {
-  const bool asText = format == TEXT || format == CSV;
-  std::size_t equal = 0;
-  for (std::size_t i = 0; i < std::min(sent.size(), received.size()); ++i) {
-    equal += CountEqualValues(sent[i], received[i], asText);
-  }
-  return equal;
 }
