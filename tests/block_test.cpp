@@ -99,21 +99,6 @@ TEST(Factory, FormatsAndInstanceCount) {
   EXPECT_EQ(CDataBlock::_instances, before);
 }
 
-TEST(BlockAssignment, CopiesFormatAndFlagAlone) {
-  const char text[] = "5,a\n";
-  const DataBlockPtr written = NewBlock(TEXT);
-  const DataBlockPtr wrapped = Wrapped(text);
-  *wrapped = *NewBlock(CSV);
-  EXPECT_TRUE(wrapped->GetFormat() == CSV && !wrapped->IsReadOnly());
-  EXPECT_TRUE(wrapped->GetData() == text && wrapped->FirstRecord());
-  EXPECT_TRUE(wrapped->Add(FID{1}, "b") && wrapped->Add(FID{1}, "c"));
-  EXPECT_TRUE(BytesOf(*wrapped) == "b,c" && !wrapped->FirstRecord());
-  EXPECT_TRUE(written->Add(FID{1}, "y"));
-  *written = *Wrapped(text);
-  EXPECT_FALSE(!written->IsReadOnly() || written->Add(FID{1}, "z"));
-  EXPECT_EQ(BytesOf(*written) + text, "y5,a\n");
-}
-
 TEST(TextWriting, BytesAndCounts) {
   using namespace std::string_literals;
   char largest[400];
@@ -217,18 +202,6 @@ TEST(TextReading, WrittenBlockIsWalkedUpToItsFirstClose) {
   EXPECT_TRUE(block->FirstRecord());
   EXPECT_EQ(Walk(*block), "5:1.5000 ");
   EXPECT_FALSE(block->NextRecord());
-}
-
-TEST(TextReading, WrappedTextIsNotWritten) {
-  char text[] = "1,a\n2,b\n";
-  const DataBlockPtr block = Wrapped(text);
-  EXPECT_TRUE(block->NextField());
-  for (const Step& step : {Step{kStart}, Step{kEnd}, Step{kClose}, Step{"a"}, Step{""}, Step{7}}) {
-    EXPECT_FALSE(std::visit(Writer{*block}, step)) << "alternative " << step.index();
-    EXPECT_EQ(Current(*block), "2:b") << "alternative " << step.index();
-    EXPECT_EQ(block->GetDataSize() + block->GetRecordCount() + block->GetFieldCount(), 0);
-  }
-  EXPECT_TRUE(block->GetData() == text && std::strcmp(text, "1,a\n2,b\n") == 0);
 }
 
 }  // namespace

@@ -3,14 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <memory>
-
 #include "fieldvalue.h"
 
 namespace {
 
-using wqd::CDataBlock;
-using wqd::DataBlockPtr;
+using namespace wqd;
+using namespace wqd_test;
 
 bool HandOut(CDataBlock& block) {
   const int sink = open("/dev/null", O_WRONLY);
@@ -19,8 +17,6 @@ bool HandOut(CDataBlock& block) {
   return close(sink) == 0 && done;
 }
 
-bool IsVector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= TYPE_VECTOR_TIME; }
-
 /// Writes records of fields of all types; a text block takes no vectors.
 bool Fill(CDataBlock& block, bool vectors) {
   std::mt19937 random(1);
@@ -28,9 +24,9 @@ bool Fill(CDataBlock& block, bool vectors) {
   for (int record = 0; record < 40; ++record) {
     done = done && block.StartRecord() && HandOut(block);
     for (int i = 0; i < 30; ++i) {
-      const wqd_test::Field field = wqd_test::RandomField(random);
+      const Field field = RandomField(random);
       if (vectors || !IsVector(field.type)) {
-        done = done && wqd_test::Add(block, field, wqd_test::kRoads[i % 3]);
+        done = done && Add(block, field, kRoads[i % 3]);
       }
     }
     done = done && block.EndRecord();
@@ -43,12 +39,11 @@ bool Fill(CDataBlock& block, bool vectors) {
 int main() {
   bool done = true;
   for (const cf_id format : {TEXT, CSV, ZUL3, ZUL4}) {
-    const DataBlockPtr block = wqd_test::NewBlock(format);
+    const DataBlockPtr block = NewBlock(format);
     done = done && Fill(*block, format == ZUL3 || format == ZUL4);
   }
-  constexpr int kRoom = 1 << 20;
-  const std::unique_ptr<char[]> buffer(new char[kRoom]);
-  const DataBlockPtr fixed(CDataBlock::FixedSizeDataBlock(ZUL4, buffer.get(), kRoom));
+  const std::unique_ptr<char[]> buffer(new char[1 << 20]);
+  const DataBlockPtr fixed(CDataBlock::FixedSizeDataBlock(ZUL4, buffer.get(), 1 << 20));
   done = done && HandOut(*fixed) && Fill(*fixed, true);
   char bytes[] = "bytes";
   const DataBlockPtr btrieve(CDataBlock::NewDataBlock(Btrieve, bytes, 5));

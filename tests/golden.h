@@ -3,11 +3,8 @@
 #define WQDATA_TESTS_GOLDEN_H_
 
 #include <charconv>
-#include <fstream>
 #include <map>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "fieldvalue.h"
 
@@ -17,9 +14,6 @@ namespace wqd_test {
 struct Golden {
   std::string kind, name, value, bytes;
 };
-
-/// Records of fields, as bytes or as the texts of what they mean.
-using Records = std::vector<std::vector<std::string>>;
 
 /// The bytes of the pairs of hexadecimal digits that a text begins with.
 inline std::string BytesOfHex(const std::string& hex) {
@@ -67,7 +61,7 @@ inline std::string Word(std::size_t value, int width) {
 }
 
 /// A block of records of fields. ZUL3 says of the last record how many fields all of them have.
-inline std::string BlockOf(cf_id format, const Records& records) {
+inline std::string BlockOf(cf_id format, const std::vector<std::vector<std::string>>& records) {
   const bool heads = format == ZUL4;
   std::string all;
   for (const auto& fields : records) {
@@ -93,62 +87,44 @@ inline std::string TextOf(ZULTIME time) {
   return TextOf(time.minutes) + ':' + TextOf(time.seconds);
 }
 
-template <typename Element>
-std::string Elements(const Field& field) {
-  std::string text;
-  for (const Element& element : field.As<Element>()) text += ' ' + TextOf(element);
-  return text;
-}
-
-/// The characters of a text, or of the strings of a vector in quotes; a NUL is shown as \0.
-inline std::string Characters(const Field& field) {
-  const bool strings = field.type == TYPE_VECTOR_STRING;
-  std::string text = strings && !field.bytes.empty() ? "\"" : "";
-  for (std::size_t i = 0; i < field.bytes.size(); ++i) {
-    const bool last = i + 1 == field.bytes.size();
-    text += field.bytes[i] != '\0' ? std::string(1, field.bytes[i])
-            : !strings             ? "\\0"
-                                   : std::string(last ? "\"" : "\",\"");
-  }
-  return text.empty() ? text : ' ' + text;
-}
-
 /// What a field means, in the words of the data files but for its identifier.
 inline std::string Meaning(const Field& field) {
-  static const std::map<int, std::string> names = {
-      {TYPE_DOUBLE, "double"},
-      {TYPE_LONG, "long"},
-      {TYPE_INT, "int"},
-      {TYPE_LPACK, "lpack"},
-      {TYPE_STRING, "string"},
-      {TYPE_DATE, "date"},
-      {TYPE_TIME, "time"},
-      {TYPE_VECTOR_DOUBLE, "doubles"},
-      {TYPE_VECTOR_LONG, "longs"},
-      {TYPE_VECTOR_INT, "ints"},
-      {TYPE_VECTOR_LPACK, "lpacks"},
-      {TYPE_VECTOR_STRING, "strings"},
-      {TYPE_VECTOR_DATE, "dates"},
-      {TYPE_VECTOR_TIME, "times"},
-      {TYPE_ERROR, "error"},
-  };
-  const std::string& name = names.at(field.type);
-  switch (field.type) {
-    case TYPE_DOUBLE:
-    case TYPE_VECTOR_DOUBLE: return name + Elements<double>(field);
-    case TYPE_LONG:
-    case TYPE_VECTOR_LONG: return name + Elements<std::int32_t>(field);
-    case TYPE_LPACK:
-    case TYPE_VECTOR_LPACK:
-      return name + ' ' + TextOf(field.baseCode) + Elements<std::int32_t>(field);
-    case TYPE_DATE:
-    case TYPE_VECTOR_DATE: return name + Elements<ZULDATE>(field);
-    case TYPE_TIME:
-    case TYPE_VECTOR_TIME: return name + Elements<ZULTIME>(field);
-    case TYPE_STRING:
-    case TYPE_VECTOR_STRING: return name + Characters(field);
-    default: return name + Elements<std::int16_t>(field);
+  static const std::map<int, std::string> names = {{TYPE_DOUBLE, "double"},
+                                                   {TYPE_VECTOR_DOUBLE, "doubles"},
+                                                   {TYPE_LONG, "long"},
+                                                   {TYPE_VECTOR_LONG, "longs"},
+                                                   {TYPE_INT, "int"},
+                                                   {TYPE_VECTOR_INT, "ints"},
+                                                   {TYPE_LPACK, "lpack"},
+                                                   {TYPE_VECTOR_LPACK, "lpacks"},
+                                                   {TYPE_STRING, "string"},
+                                                   {TYPE_VECTOR_DATE, "dates"},
+                                                   {TYPE_DATE, "date"},
+                                                   {TYPE_VECTOR_TIME, "times"},
+                                                   {TYPE_TIME, "time"},
+                                                   {TYPE_ERROR, "error"},
+                                                   {TYPE_VECTOR_STRING, "strings"}};
+  std::string text = names.at(field.type);
+  const std::string& bytes = field.bytes;
+  if (field.type == TYPE_STRING) {
+    if (!bytes.empty()) text += ' ';
+    for (const char c : bytes) text += c == '\0' ? "\\0" : std::string(1, c);
+    return text;
   }
+  if (field.type == TYPE_VECTOR_STRING) {
+    for (std::size_t at = 0, end = 0; at < bytes.size(); at = end + 1) {
+      end = std::min(bytes.find('\0', at), bytes.size());
+      text += (at == 0 ? " \"" : ",\"") + bytes.substr(at, end - at) + '"';
+    }
+    return text;
+  }
+  if (field.type == TYPE_LPACK || field.type == TYPE_VECTOR_LPACK) {
+    text += ' ' + TextOf(field.baseCode);
+  }
+  return WithElements(field, [&text](const auto& elements) {
+    for (const auto& element : elements) text += ' ' + TextOf(element);
+    return text;
+  });
 }
 
 inline std::string Meaning(wqd::CDataItem& item) { return Meaning(FieldOf(item)); }

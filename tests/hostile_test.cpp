@@ -1,62 +1,39 @@
 // Damaged bytes of both record formats, placed so that a read of one byte too many is a fault.
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 #include <set>
 
 #include "golden.h"
-#include "support.h"
 
 namespace {
 
-using wqd::CDataBlock;
-using wqd::CDataItem;
-using wqd::DataBlockPtr;
-using wqd_test::BytesOfHex;
-using wqd_test::LogCapture;
-using wqd_test::Meaning;
-using wqd_test::Word;
-using Texts = std::vector<std::string>;
+using namespace wqd;
+using namespace wqd_test;
+using Words = std::vector<std::string>;
 
 std::string input;  // of the walk that runs
-struct sigaction defaultAction;
 
 /// Names the bytes that a walk has left. The access is then made again, and ends the program.
 void NameInput(int) {
   if (write(STDERR_FILENO, input.data(), input.size()) < 0) std::abort();
-  sigaction(SIGSEGV, &defaultAction, nullptr);
+  std::signal(SIGSEGV, SIG_DFL);
 }
 
-/// A block around read-only bytes that end where readable memory ends.
-class Guarded {
- public:
-  Guarded(cf_id format, const std::string& bytes, int size, const std::string& damage)
-      : m_page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
-        m_size((bytes.size() / m_page + 2) * m_page),
-        m_memory(static_cast<char*>(
-            mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
-    input = std::string(CfName(format)) + ", " + damage + ": " + wqd_test::Hex(bytes) + '\n';
-    char* const end = m_memory + m_size - m_page;
-    bytes.copy(end - bytes.size(), bytes.size());
-    mprotect(m_memory, m_size, PROT_READ);
-    mprotect(end, m_page, PROT_NONE);
-    m_block.reset(CDataBlock::NewDataBlock(format, end - bytes.size(), size));
-  }
-  ~Guarded() { munmap(m_memory, m_size); }
-  Guarded(const Guarded&) = delete;
-  Guarded& operator=(const Guarded&) = delete;
-
-  CDataBlock* operator->() const { return m_block.get(); }
-  CDataBlock& operator*() const { return *m_block; }
-
- private:
-  std::size_t m_page, m_size;
-  char* m_memory;
-  DataBlockPtr m_block;
-};
+/// A block around read-only bytes that end where readable memory ends. One at a time.
+DataBlockPtr Guarded(cf_id format, const std::string& bytes, int size, const std::string& damage) {
+  constexpr std::size_t kRoom = 1 << 16;  // whole pages
+  static char* const memory =
+      static_cast<char*>(mmap(nullptr, 2 * kRoom, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+  input = std::string(CfName(format)) + ", " + damage + ": " + Hex(bytes) + '\n';
+  std::signal(SIGSEGV, NameInput);
+  char* const at = memory + kRoom - bytes.size();
+  mprotect(memory, kRoom, PROT_READ | PROT_WRITE);
+  bytes.copy(at, bytes.size());
+  mprotect(memory, kRoom, PROT_READ);
+  return DataBlockPtr(CDataBlock::NewDataBlock(format, at, size));
+}
 
 /// What the current field means. One that is refused leaves the item alone; one of an unknown type
 /// has an identifier and is missing.
@@ -72,9 +49,9 @@ std::string ReadField(CDataBlock& block) {
 }
 
 /// Walks all of a block of `size` bytes. The fields, each record's behind the other's.
-Texts Walk(CDataBlock& block, std::size_t size) {
+Words Walk(CDataBlock& block, std::size_t size) {
   const LogCapture log;
-  Texts fields, firsts, skipped;
+  Words fields, firsts, skipped;
   const auto stuck = [&] { return fields.size() + firsts.size() + skipped.size() > size; };
   EXPECT_LE(static_cast<std::size_t>(block.GetDataSize()), size);
   for (bool more = block.FirstRecord(); more && !stuck(); more = block.NextRecord()) {
@@ -102,37 +79,30 @@ Texts Walk(CDataBlock& block, std::size_t size) {
 class Hostile : public testing::TestWithParam<cf_id> {
  protected:
   Hostile() {
-    sigaction(SIGSEGV, nullptr, &defaultAction);
-    struct sigaction action {};
-    action.sa_handler = NameInput;
-    sigaction(SIGSEGV, &action, nullptr);
-
-    auto entries = wqd_test::GoldenEntries(m_format);
+    auto entries = GoldenEntries(m_format);
     std::erase_if(entries, [](const auto& e) { return e.kind != "field" && e.kind != "read"; });
-    if (entries.size() % 2 == 1) entries.pop_back();
-    wqd_test::Records records(2);
-    std::size_t end = m_format == ZUL3 ? m_header : m_header + kRecordHead;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
+    const std::size_t half = entries.size() / 2;
+    std::vector<Words> records(2);
+    std::size_t end = m_header;
+    for (std::size_t i = 0; i < 2 * half; ++i) {
       const auto& [kind, name, value, bytes] = entries[i];
-      records[2 * i / entries.size()].push_back(bytes.substr(0, 2) + Word(256 + i, 2) +
-                                                bytes.substr(4));
+      records[i / half].push_back(bytes.substr(0, 2) + Word(256 + i, 2) + bytes.substr(4));
       m_meanings.push_back(value.substr(value.find(' ') + 1));
-      m_ends.push_back(end += bytes.size());
-      const bool last = 2 * (i + 1) % entries.size() == 0;
-      if (m_format == ZUL3 || !last) continue;
-      std::fill(m_ends.end() - std::ptrdiff_t(entries.size() / 2), m_ends.end(), end);
-      end += kRecordHead;
+      end += bytes.size() + (m_format == ZUL4 && i % half == 0 ? kRecordHead : 0);
+      m_ends.push_back(end);
     }
-    m_bytes = wqd_test::BlockOf(m_format, records);
+    for (std::size_t i = 0; i < 2 * half && m_format == ZUL4; ++i) {
+      m_ends[i] = m_ends[i / half * half + half - 1];
+    }
+    m_bytes = BlockOf(m_format, records);
   }
-  ~Hostile() override { sigaction(SIGSEGV, &defaultAction, nullptr); }
 
   /// Walks a block, and expects the fields that are whole in the first `intact` bytes as they are.
-  Texts WalkExpecting(std::size_t intact, const std::string& bytes, int size, std::size_t length,
+  Words WalkExpecting(std::size_t intact, const std::string& bytes, int size, std::size_t length,
                       const std::string& damage) const {
-    const Guarded block(m_format, bytes, size, damage);
+    const DataBlockPtr block = Guarded(m_format, bytes, size, damage);
     SCOPED_TRACE(input);
-    Texts fields = Walk(*block, length);
+    Words fields = Walk(*block, length);
     for (std::size_t i = 0; i < m_ends.size() && m_ends[i] <= intact; ++i) {
       EXPECT_EQ(i < fields.size() ? fields[i] : "no field", m_meanings[i]) << "field " << i;
     }
@@ -143,7 +113,7 @@ class Hostile : public testing::TestWithParam<cf_id> {
   const cf_id m_format = GetParam();
   const std::size_t m_header = m_format == ZUL3 ? 12 : 8;
   std::string m_bytes;
-  Texts m_meanings;
+  Words m_meanings;
   std::vector<std::size_t> m_ends;  // of the bytes that a field needs: of its own, or its record's
 };
 
@@ -151,20 +121,18 @@ INSTANTIATE_TEST_SUITE_P(, Hostile, testing::Values(ZUL3, ZUL4),
                          [](const auto& tested) { return CfName(tested.param); });
 
 TEST_P(Hostile, WhatIsCutIsRefusedAndTheRestIsRead) {
-  ASSERT_GT(m_meanings.size(), 32u);
-  ASSERT_EQ(m_ends.back(), m_bytes.size());
+  ASSERT_TRUE(m_meanings.size() > 32 && m_ends.back() == m_bytes.size());
   for (std::size_t size = 0; size <= m_bytes.size() && !HasFailure(); ++size) {
     const std::string cut = m_bytes.substr(0, size);
-    std::vector<Texts> walks = {WalkExpecting(size, cut, static_cast<int>(size), size, "cut")};
-    if (size >= m_header) {
-      const std::size_t at = m_format == ZUL3 ? 2 : 0;
-      std::string declared = m_bytes;
-      declared.replace(at, 4, Word(size, 4));
-      walks.push_back(WalkExpecting(size, declared, static_cast<int>(declared.size()), size,
-                                    "shorter by its header"));
-      walks.push_back(WalkExpecting(size, declared.substr(0, size), -1, size, "of unknown size"));
-    }
-    for (const Texts& fields : walks) {
+    std::string declared = m_bytes;
+    if (size >= m_header) declared.replace(m_format == ZUL3 ? 2 : 0, 4, Word(size, 4));
+    const std::pair<std::string, int> inputs[] = {
+        {cut, static_cast<int>(size)},
+        {declared, static_cast<int>(declared.size())},  // shorter by its header
+        {declared.substr(0, size), -1}};
+    for (const auto& [bytes, given] : inputs) {
+      if (&bytes != &inputs[0].first && size < m_header) continue;
+      const Words fields = WalkExpecting(size, bytes, given, size, "cut");
       for (std::size_t i = 0; i < fields.size(); ++i) {
         EXPECT_TRUE(fields[i] == "refused" || fields[i] == m_meanings.at(i)) << input << fields[i];
       }
@@ -173,15 +141,15 @@ TEST_P(Hostile, WhatIsCutIsRefusedAndTheRestIsRead) {
 }
 
 TEST_P(Hostile, DamagedWords) {
-  for (const int width : {2, 4}) {
-    for (std::size_t at = 0; at + std::size_t(width) <= m_bytes.size() && !HasFailure(); ++at) {
+  for (const std::size_t width : {2u, 4u}) {
+    for (std::size_t at = 0; at + width <= m_bytes.size() && !HasFailure(); ++at) {
       std::uint32_t word = 0;
-      for (int i = width; i-- > 0;) {
-        word = word << 8 | static_cast<std::uint8_t>(m_bytes[at + static_cast<std::size_t>(i)]);
+      for (std::size_t i = 0; i < width; ++i) {
+        word |= std::uint32_t{static_cast<std::uint8_t>(m_bytes[at + i])} << 8 * i;
       }
       for (const std::uint32_t value : {0u, word + 1, word - 1, UINT32_MAX}) {
         std::string bytes = m_bytes;
-        bytes.replace(at, static_cast<std::size_t>(width), Word(value, width));
+        bytes.replace(at, width, Word(value, static_cast<int>(width)));
         WalkExpecting(at < m_header ? 0 : at, bytes, static_cast<int>(bytes.size()), bytes.size(),
                       "damaged at " + std::to_string(at));
       }
@@ -193,8 +161,9 @@ TEST_P(Hostile, UnknownTypesAreLoggedAndEndAWalk) {
   const std::string known = BytesOfHex("03 00 00 01 07 00");
   for (const int type : {0, 4, 9, 10, 14, 19, 98, 100, 102, 257, 65535}) {
     const std::string unknown = Word(static_cast<std::size_t>(type), 2) + Word(263, 2);
-    const std::string bytes = wqd_test::BlockOf(m_format, {{unknown, known}, {known, known}});
-    const Guarded block(m_format, bytes, static_cast<int>(bytes.size()), "unknown type");
+    const std::string bytes = BlockOf(m_format, {{unknown, known}, {known, known}});
+    const DataBlockPtr block =
+        Guarded(m_format, bytes, static_cast<int>(bytes.size()), "unknown type");
     SCOPED_TRACE(input);
     CDataItem item(FID{5}, std::int32_t{6});
     const LogCapture log;
@@ -203,25 +172,24 @@ TEST_P(Hostile, UnknownTypesAreLoggedAndEndAWalk) {
     const std::string line = "Unhandled type<" + std::to_string(type) + "> for fid<263> inside C" +
                              (m_format == ZUL3 ? "Zul3" : "Zul4") + "Block::GetCurrentField";
     EXPECT_EQ(log.lines(), (LogCapture::Lines{{-1, line}}));
-    EXPECT_EQ(block->GetCurrentFieldType(), type);
-    EXPECT_EQ(block->GetCurrentFieldId(), 263);
-    EXPECT_FALSE(block->NextField());
-    EXPECT_TRUE(block->FirstField() && block->GetCurrentFieldId() == 263);
+    EXPECT_TRUE(block->GetCurrentFieldType() == type && block->GetCurrentFieldId() == 263);
+    EXPECT_TRUE(!block->NextField() && block->FirstField() && block->GetCurrentFieldId() == 263);
     EXPECT_EQ(block->NextRecord(), m_format == ZUL4) << "where a record says its end";
   }
 }
 
 TEST_P(Hostile, CountsBeyondTheBytes) {
   int checked = 0;
-  for (const wqd_test::Golden& entry : wqd_test::GoldenEntries(m_format)) {
+  for (const Golden& entry : GoldenEntries(m_format)) {
     if (entry.kind != "count") continue;
-    const Guarded block(m_format, entry.bytes, static_cast<int>(entry.bytes.size()), entry.name);
+    const auto size = static_cast<int>(entry.bytes.size());
+    const DataBlockPtr block = Guarded(m_format, entry.bytes, size, entry.name);
     SCOPED_TRACE(input);
-    std::string value = std::to_string(block->GetDataSize()) + " bytes, " +
-                        std::to_string(block->GetRecordCount()) + " records, " +
-                        std::to_string(block->GetFieldCount()) + " fields:";
-    for (const std::string& field : Walk(*block, entry.bytes.size())) value += ' ' + field;
-    EXPECT_EQ(value, entry.value);
+    std::ostringstream value;
+    value << block->GetDataSize() << " bytes, " << block->GetRecordCount() << " records, "
+          << block->GetFieldCount() << " fields:";
+    for (const std::string& field : Walk(*block, entry.bytes.size())) value << ' ' << field;
+    EXPECT_EQ(value.str(), entry.value);
     ++checked;
   }
   EXPECT_GT(checked, 5);

@@ -72,18 +72,6 @@ TEST(Item, ConvertsByItsType) {
   }
 }
 
-TEST(Item, HoldsErrorsAndIdentifiers) {
-  EXPECT_TRUE(CDataItem().GetId() == 0 && CDataItem().GetError() == 1);
-  CDataItem item(FID{65535}, MISSING_SHORT, true);
-  EXPECT_TRUE(item.GetId() == 65535 && item.GetError() == MISSING_SHORT);
-  EXPECT_TRUE(short_item(42).GetError() == 0 && text_item("42").GetError() == 0);
-  item.Set(FID{8}, "text", -1);
-  item.SetId(FID{0});
-  EXPECT_EQ(observed(item), observed(CDataItem(FID{0}, "text", 4)));
-  item.SetError(FID{9}, 0);
-  EXPECT_EQ(observed(item), observed(CDataItem(FID{9}, 0, true)));
-}
-
 TEST(Item, TurnsMarkersIntoErrors) {
   constexpr int kLastInBand = 671088;  // 0.01 is 671088.64 units in the last place of the marker
   const auto near = [](int units) { return MISSING_DOUBLE + units * 0x1p-26; };
@@ -97,6 +85,7 @@ TEST(Item, TurnsMarkersIntoErrors) {
   for (const double value : doubles) EXPECT_FALSE(CDataItem(FID{7}, value).IsNull()) << value;
   for (const int value : {INT_MIN + 1, -32768}) EXPECT_FALSE(CDataItem(FID{7}, value).IsNull());
   EXPECT_FALSE(short_item(-32767).IsNull());
+  EXPECT_EQ(CDataItem(FID{65535}, MISSING_SHORT, true).GetError(), MISSING_SHORT);
   for (const char* text : {"N/A.", "n/a", "N/", ""}) EXPECT_FALSE(text_item(text).IsNull()) << text;
   // The fourth byte decides as the text is stored; a copy and a move see a NUL there.
   CDataItem cut(FID{7}, "N/A.", 3);
@@ -163,28 +152,23 @@ TEST(Item, StoresTextsOfAnyLengthAndByte) {
     item.Set(FID{7}, "!", 1);
     EXPECT_EQ(std::string(copy.GetString(), length + 1), text + '\0') << length;
   }
-  EXPECT_EQ(observed({FID{7}, "abc", 2}), observed(text_item("ab")));
-  EXPECT_EQ(observed({FID{7}, "ab\0cd", -1}), observed(text_item("ab")));
+  CDataItem item(FID{7}, "abc", 2);
+  item.Set(FID{8}, "too long", INT_MAX);
+  item.SetId(FID{0});
+  EXPECT_EQ(observed(item), observed(CDataItem(FID{0}, "ab\0cd", -1)));
 }
 
 /// A new buffer is taken while the old one is still there, so its address differs.
 TEST(Item, GrowsToTwiceTheNeedAndNeverShrinks) {
   const std::string text(5000, 'x');
   CDataItem item;
-  const char* buffer = item.GetString();
-  const std::pair<int, bool> rows[] = {{511, false},  {512, true},  {3, false},    {1023, false},
-                                       {1024, true},  {600, false}, {2047, false}, {2048, true},
-                                       {4095, false}, {4999, true}};
-  for (const auto& [length, grows] : rows) {
+  std::string grown;
+  for (const int length : {511, 512, 3, 1023, 1024, 600, 2047, 2048, 4095, 4999}) {
+    const char* const buffer = item.GetString();
     item.Set(FID{7}, text.c_str(), length);
-    EXPECT_EQ(item.GetString() != buffer, grows) << length;
-    buffer = item.GetString();
-    item.Set(FID{7}, 1.5);
-    EXPECT_TRUE(item.GetString() == buffer && std::strcmp(buffer, "1.5000") == 0) << length;
+    if (item.GetString() != buffer) grown += std::to_string(length) + " ";
   }
-  const std::string before = observed(item);
-  item.Set(FID{8}, "too long", INT_MAX);
-  EXPECT_EQ(observed(item), before);
+  EXPECT_EQ(grown, "512 1024 2048 4999 ");
 }
 
 TEST(Item, StoresAPieceOfItsOwnText) {
@@ -199,41 +183,10 @@ TEST(Item, StoresAPieceOfItsOwnText) {
       const std::string expected = text.substr(offset, static_cast<std::size_t>(taken));
       EXPECT_EQ(observed(item), observed(CDataItem(FID{8}, expected.c_str(), -1))) << offset;
     }
-    CDataItem item = text_item(text);
-    CDataItem& same = item;
-    item = same;
-    item = std::move(same);
-    EXPECT_EQ(observed(item), observed(text_item(text)));
   }
   CDataItem number(FID{7}, -1.5);
   number.Set(FID{8}, number.GetString() + 1, -1);
   EXPECT_EQ(observed(number), observed(CDataItem(FID{8}, "1.5000", -1)));
-}
-
-TEST(Item, MovesWhatACopyWouldGive) {
-  const std::string large(3000, 'y');
-  const CDataItem sources[] = {CDataItem(FID{1}, 1.5),        CDataItem(FID{2}, 70000),
-                               CDataItem(FID{3}, 42, true),   text_item({"ab\0cd", 5}),
-                               text_item(large.substr(2400)), text_item(large)};
-  const CDataItem targets[] = {CDataItem(), text_item("old"), text_item(large.substr(2300)),
-                               text_item(large + large)};
-  for (const CDataItem& source : sources) {
-    for (const CDataItem& target : targets) {
-      SCOPED_TRACE(observed(source) + " to " + observed(target));
-      CDataItem from = source;
-      CDataItem moved = target;
-      moved = std::move(from);
-      EXPECT_EQ(observed(from), observed(CDataItem()));
-      const char* const text = moved.GetString();
-      const CDataItem built(std::move(moved));
-      EXPECT_EQ(observed(built), observed(CDataItem(source)));
-      EXPECT_TRUE(source.GetSize() <= 512 || built.GetString() == text);
-      from.Set(FID{6}, large.c_str(), 800);  // used again, and apart from what it gave away
-      moved = from;
-      EXPECT_EQ(observed(moved), observed(CDataItem(FID{6}, large.c_str(), 800)));
-      EXPECT_EQ(observed(built), observed(CDataItem(source)));
-    }
-  }
 }
 
 }  // namespace

@@ -55,13 +55,11 @@ TEST(Log, BlanksControlCharactersOnStandardError) {
 /// One of two sinks that take turns, each with a count of its own for context.
 template <int kTurn>
 void TakeTurn(int level, const char* text, void* context) {
-  auto& count = *static_cast<std::pair<int, std::atomic<int>>*>(context);
-  if (count.first == kTurn && text == std::string(1100, static_cast<char>('a' + level)))
-    ++count.second;
+  auto& [turn, lines] = *static_cast<std::pair<int, std::atomic<int>>*>(context);
+  lines += turn == kTurn && text == std::string(1100, static_cast<char>('a' + level));
 }
 
 TEST(Log, LosesNoLineWhileTheSinkChanges) {
-  constexpr int kLines = 500;
   std::pair<int, std::atomic<int>> a(1, 0), b(2, 0);
   set_log_sink(TakeTurn<1>, &a);
   std::atomic<int> running{4};
@@ -69,17 +67,14 @@ TEST(Log, LosesNoLineWhileTheSinkChanges) {
   for (int level = 0; level < 4; ++level) {
     threads.emplace_back([level, &running] {
       const std::string line(1100, static_cast<char>('a' + level));
-      for (int i = 0; i < kLines; ++i) log_message(level, "%s", line.c_str());
+      for (int i = 0; i < 500; ++i) log_message(level, "%s", line.c_str());
       --running;
     });
   }
-  while (running > 0) {
-    set_log_sink(TakeTurn<2>, &b);
-    set_log_sink(TakeTurn<1>, &a);
-  }
+  while (running > 0) set_log_sink(TakeTurn<2>, &b), set_log_sink(TakeTurn<1>, &a);
   for (std::thread& thread : threads) thread.join();
   set_log_sink(nullptr, nullptr);
-  EXPECT_EQ(a.second + b.second, 4 * kLines);
+  EXPECT_EQ(a.second + b.second, 4 * 500);
 }
 
 TEST(Fraction, ReadsEveryFractionOfBothNotations) {

@@ -22,6 +22,7 @@
 #include <limits>
 #include <mutex>
 #include <random>
+#include <span>
 #include <string>
 #include <string_view>
 #include <thread>

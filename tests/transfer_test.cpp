@@ -51,7 +51,9 @@ std::string Printed(cf_id format, wqd::CDataBlock& source) {
 std::size_t RowsOf(const Field& field) {
   const bool vector = field.type >= TYPE_VECTOR_DOUBLE && field.type <= TYPE_VECTOR_TIME;
   if (!vector) return 0;
-  return field.type == TYPE_VECTOR_STRING ? StringsIn(field.bytes) : field.Count();
+  return field.type == TYPE_VECTOR_STRING
+             ? static_cast<std::size_t>(std::count(field.bytes.begin(), field.bytes.end(), '\0'))
+             : field.Count();
 }
 
 /// The text of a field in a row, from its plain bytes.

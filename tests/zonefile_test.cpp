@@ -92,16 +92,15 @@ TEST(PosixRule, OfAnyCharactersStaysInItsText) {
       text[random() % text.size()] = kCharacters[random() % kCharacters.size()];
     }
     text.shrink_to_fit();
-    const std::string shown(text.begin(), text.end());
     ZoneRule made{};
     const std::string outcome = RuleOf([&](ZoneRule& rule) {
       return zone_rule_from_posix({text.data(), text.size()}, rule) && (made = rule, true);
     });
-    ASSERT_NE(outcome, "changed") << shown;
-    ASSERT_LE(std::abs(made.bias), 25 * 60) << shown;
-    ASSERT_TRUE(made.daylightBias <= 0 && made.daylightBias >= -50 * 60) << shown;
-    ASSERT_EQ(made.daylightBias == 0, made.daylightDate.wMonth == 0) << shown;
-    ASSERT_LE(std::max(made.daylightDate.wHour, made.standardDate.wHour), 24) << shown;
+    ASSERT_TRUE(outcome != "changed" && std::abs(made.bias) <= 25 * 60 && made.daylightBias <= 0 &&
+                made.daylightBias >= -50 * 60 &&
+                (made.daylightBias == 0) == (made.daylightDate.wMonth == 0) &&
+                std::max(made.daylightDate.wHour, made.standardDate.wHour) <= 24)
+        << std::string(text.begin(), text.end()) << ": " << outcome;
   }
 }
 
@@ -110,22 +109,16 @@ TEST(PosixRule, OfAnyCharactersStaysInItsText) {
 using Counts = std::array<std::uint32_t, 6>;
 constexpr Counts kCounts = {2, 2, 1, 1, 2, 8};
 
-void Append(FileBytes& bytes, std::string_view text) {
-  bytes.insert(bytes.end(), text.begin(), text.end());
-}
-
 /// All types are the first one, and the name of each is the first: that of no characters.
 void AppendBlock(FileBytes& bytes, std::size_t timeSize, const Counts& n) {
-  Append(bytes, "TZif2");
+  bytes.insert(bytes.end(), {'T', 'Z', 'i', 'f', '2'});
   bytes.insert(bytes.end(), 15, 0);
   for (const auto count : n) {
-    for (const int shift : {24, 16, 8, 0}) {
+    for (const int shift : {24, 16, 8, 0})
       bytes.push_back(static_cast<std::uint8_t>(count >> shift));
-    }
   }
-  const std::size_t marks = n[0] + n[1];
-  bytes.insert(bytes.end(), n[3] * (timeSize + 1) + n[4] * 6 + n[5], 0);
-  bytes.insert(bytes.end(), n[2] * (timeSize + 4) + marks, 0);
+  const std::size_t perTime = timeSize + 1, perLeap = timeSize + 4;
+  bytes.resize(bytes.size() + n[3] * perTime + n[4] * 6 + n[5] + n[2] * perLeap + n[0] + n[1]);
 }
 
 constexpr std::size_t kSecondBlock = 44 + 4 + 1 + 12 + 8 + 8 + 4;
@@ -137,7 +130,7 @@ FileBytes ZoneFile(const Counts& counts = kCounts,
   FileBytes bytes;
   AppendBlock(bytes, 4, kCounts);
   AppendBlock(bytes, 8, counts);
-  Append(bytes, footer);
+  bytes.insert(bytes.end(), footer.begin(), footer.end());
   return bytes;
 }
 
@@ -170,12 +163,12 @@ TEST(ZoneFile, IsReadWholeOrNotAtAll) {
 }
 
 TEST(ZoneFile, HasSectionsThatFitOneAnotherAndItsRuleInTheFooter) {
-  for (const Counts& n : {Counts{0, 0, 0, 0, 2, 8}, Counts{1, 1, 1, 1, 1, 8}}) {
-    EXPECT_EQ(FromFile(ZoneFile(n)), kRuleOfFile) << testing::PrintToString(n);
-  }
-  for (const Counts& n : {Counts{1, 2, 1, 1, 2, 8}, Counts{2, 3, 1, 1, 2, 8},
-                          Counts{2, 2, 1, 1, 2, 0}, Counts{0, 0, 1, 0, 0, 8}}) {
-    EXPECT_EQ(FromFile(ZoneFile(n)), "failed") << testing::PrintToString(n);
+  const std::pair<Counts, const char*> cases[] = {
+      {{0, 0, 0, 0, 2, 8}, kRuleOfFile}, {{1, 1, 1, 1, 1, 8}, kRuleOfFile},
+      {{1, 2, 1, 1, 2, 8}, "failed"},    {{2, 3, 1, 1, 2, 8}, "failed"},
+      {{2, 2, 1, 1, 2, 0}, "failed"},    {{0, 0, 1, 0, 0, 8}, "failed"}};
+  for (const auto& [counts, rule] : cases) {
+    EXPECT_EQ(FromFile(ZoneFile(counts)), rule) << testing::PrintToString(counts);
   }
   FileBytes former = ZoneFile();
   former[4] = former[kSecondBlock + 4] = 0;
@@ -232,9 +225,9 @@ TEST_F(ZoneFolder, YieldsRegularFilesOfPlainNamesAlone) {
   fs::create_symlink("/dev/zero", m_root / "device");
   Write("Asia/Calcutta");  // for a name of the platform, the file of the former name only
   const auto find = [this](const std::string& name) { return Find(name); };
-  ExpectAll(
-      "Area/Sub_area/Place-1+a | link | largest | Asia/Calcutta | iNDIA standard TIME | " + longest,
-      find, kRuleOfFile);
+  ExpectAll("link | largest | Asia/Calcutta | iNDIA standard TIME | Area/Sub_area/Place-1+a", find,
+            kRuleOfFile);
+  EXPECT_EQ(Find(longest), kRuleOfFile);
   ExpectAll(R"(
       too_large | Asia/Kolkata | with space | a.b | broken | empty | fifo | loop | device | Area
       Area/ | /Area/Sub_area/Place-1+a | Area//Sub_area/Place-1+a | ./link | Area/../link | /
