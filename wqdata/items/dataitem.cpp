@@ -119,28 +119,28 @@ void CDataItem::Set(FID id, double value) {
 }
 
 void CDataItem::Set(FID id, const char* text, int length) {
-  const bool whole = length < 0 && text != nullptr;
-  SetText(id, text, whole ? std::strlen(text) : static_cast<std::size_t>(length));
+  if (text == nullptr) return SetError(id, kMissing);
+  SetText(id, text, length < 0 ? std::strlen(text) : static_cast<std::size_t>(length));
 }
 
-bool CDataItem::SetText(FID id, const char* text, std::size_t bytes) {
-  if (is_missing(text)) {
+bool CDataItem::SetText(FID id, const char* text, std::size_t length) {
+  if (text == nullptr || is_missing(text)) {
     SetError(id, kMissing);
     return true;
   }
-  if (bytes > kLongestText) return false;
-  if (bytes < m_capacity) {
-    std::memmove(m_string, text, bytes);
+  if (length > kLongestText) return false;
+  if (length < m_capacity) {
+    std::memmove(m_string, text, length);
   } else {
-    char* const larger = new (std::nothrow) char[2 * bytes];
+    char* const larger = new (std::nothrow) char[2 * length];
     if (larger == nullptr) return false;
-    std::memcpy(larger, text, bytes);  // before the old buffer goes: `text` may lie in it
-    ReplaceStringBuffer(larger, static_cast<std::uint32_t>(2 * bytes));
+    std::memcpy(larger, text, length);  // before the old buffer goes: `text` may lie in it
+    ReplaceStringBuffer(larger, static_cast<std::uint32_t>(2 * length));
   }
-  m_string[bytes] = '\0';
+  m_string[length] = '\0';
   m_id = id;
   m_type = TYPE_STRING;
-  m_size = static_cast<int>(bytes) + 1;
+  m_size = static_cast<int>(length) + 1;
   return true;
 }
 
