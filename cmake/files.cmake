@@ -43,6 +43,7 @@ set(wqdata_sources
   wqdata/blocks/blocktext.cpp
   wqdata/blocks/textblock.cpp
   wqdata/blocks/transfer.cpp
+  wqdata/blocks/validation.cpp
   wqdata/blocks/zul3block.cpp
   wqdata/blocks/zul4block.cpp
   wqdata/items/arithmetic.cpp

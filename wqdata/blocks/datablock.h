@@ -2,6 +2,7 @@
 #define WQDATA_BLOCKS_DATABLOCK_H_
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -15,6 +16,29 @@ WQDATA_API cf_id CfId(const char* name);
 /// The name of a format, a constant text; "INVALID" for a number that is no format. Safe on any
 /// thread.
 WQDATA_API const char* CfName(cf_id format);
+
+/// Whether the `size` bytes at `data` are one whole, well-formed block of `format`: all that their
+/// header and their fields declare is there, and nothing else is. A program that takes bytes from
+/// strangers asks once and then meets no field that can't be read.
+///
+///     std::size_t offset = 0;
+///     const char* reason = "";
+///     if (!ValidateData(ZUL4, data, size, &offset, &reason)) reject(offset, reason);
+///
+/// If not, `offset` receives the place of the first fault, counted from `data` and at most `size`
+/// (of a field or a record at fault its start, of a header the word), and `reason` a constant text
+/// that says what is wrong there. Either may be null, and both stay as they are when the answer is
+/// true. Values are not judged: a month of 13 is as good as any.
+///
+/// - TEXT and CSV: a text and the NUL of each `Close`. Btrieve: any bytes.
+/// - ZUL3 and ZUL4: by the rules of docs/formats.md, and in ZUL3 with the last record finished.
+/// - Any other format, null with a `size` above 0, and 2 GiB or more: false.
+///
+/// What a block gives by `GetData` after its last `EndRecord` or `Close` is valid, where that is
+/// not null. No more than the `size` bytes are read, in time linear in `size` whatever they
+/// declare, and nothing is allocated. Safe on any thread.
+WQDATA_API bool ValidateData(cf_id format, const void* data, std::size_t size,
+                             std::size_t* offset = nullptr, const char** reason = nullptr);
 
 namespace wqd {
 

@@ -49,11 +49,11 @@ std::uint32_t load_count(const FieldFormat& format, const std::uint8_t* at) {
   return format.wideCounts ? load<std::uint32_t>(at) : load<std::uint16_t>(at);
 }
 
-bool are_whole_strings(const FieldValue& value) {
-  const auto* const bytes = static_cast<const char*>(value.elements);
-  if (bytes == nullptr || value.count == 0) return value.count == 0 && value.strings == 0;
-  return bytes[value.count - 1] == '\0' &&
-         std::count(bytes, bytes + value.count, '\0') == std::ptrdiff_t{value.strings};
+bool are_whole_strings(const void* elements, std::uint32_t size, std::uint32_t strings) {
+  const auto* const bytes = static_cast<const char*>(elements);
+  if (bytes == nullptr || size == 0) return size == 0 && strings == 0;
+  return bytes[size - 1] == '\0' &&
+         std::count(bytes, bytes + size, '\0') == std::ptrdiff_t{strings};
 }
 
 /// The number of elements of the field at `at`, whose words are all there.
@@ -88,7 +88,9 @@ std::uint64_t field_size(const FieldFormat& format, const FieldValue& value) {
   const std::uint32_t mostCounted = format.wideCounts ? UINT32_MAX : UINT16_MAX;
   if (layout->countAt != 0 && value.count > mostCounted) return 0;
   if (value.elements == nullptr && value.count > 0 && layout->width > 0) return 0;
-  if (layout->stringsAt != 0 && !are_whole_strings(value)) return 0;
+  if (layout->stringsAt != 0 && !are_whole_strings(value.elements, value.count, value.strings)) {
+    return 0;
+  }
   return size_of(*layout, value.count);
 }
 
@@ -122,6 +124,11 @@ bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
   if (layout.baseCodeAt != 0) view.baseCode = load<std::uint16_t>(at + layout.baseCodeAt);
   if (layout.stringsAt != 0) view.strings = load_count(format, at + layout.stringsAt);
   return layout.type != TYPE_STRING || view.elements[view.count] == 0;
+}
+
+bool holds_whole_strings(const FieldView& view) {
+  return view.layout == nullptr || view.layout->stringsAt == 0 ||
+         are_whole_strings(view.elements, view.count, view.strings);
 }
 
 std::uint32_t vector_size(const FieldView& view) {

@@ -75,6 +75,9 @@ struct FieldView {
 /// call for, is not all there; a text must have its NUL.
 bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view);
 
+/// False for a string vector whose bytes are not just as many NUL-ended strings as it says.
+bool holds_whole_strings(const FieldView& view);
+
 /// The number of elements of a vector, 0 for any other field. Of strings no more are counted than
 /// their bytes can be.
 std::uint32_t vector_size(const FieldView& view);

@@ -16,11 +16,7 @@ constexpr std::uint8_t kRefused = 0x01;  // in the flags: the latest record coul
 Bytes record_at(const ZUL4HANDLE& handle, std::uint32_t offset) {
   const std::uint32_t length = ZUL4_length(handle);
   if (offset < kZul4HeaderSize || offset > length) return {nullptr, 0};
-  const std::uint8_t* const at = handle.record + offset;
-  if (length - offset < kZul4RecordHead) return {nullptr, 0};
-  const auto size = load<std::uint32_t>(at + kZul4RecordLengthAt);
-  if (size < kZul4RecordHead || size > length - offset) return {nullptr, 0};
-  return {at, size};
+  return ZUL4_record({handle.record + offset, length - offset});
 }
 
 /// The bytes from the current field to the end of its record.
@@ -136,6 +132,13 @@ std::uint32_t ZUL4_length(const ZUL4HANDLE& handle) {
 std::uint16_t ZUL4_record_count(const ZUL4HANDLE& handle) {
   if (ZUL4_length(handle) < kZul4HeaderSize) return 0;
   return load<std::uint16_t>(handle.record + kZul4RecordCountAt);
+}
+
+Bytes ZUL4_record(Bytes bytes) {
+  if (bytes.Left() < kZul4RecordHead) return {nullptr, 0};
+  const auto size = load<std::uint32_t>(bytes.At() + kZul4RecordLengthAt);
+  if (size < kZul4RecordHead || size > bytes.Left()) return {nullptr, 0};
+  return {bytes.At(), size};
 }
 
 int ZUL4_seek_record(ZUL4HANDLE& handle, std::uint32_t index) {

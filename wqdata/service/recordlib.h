@@ -70,6 +70,9 @@ std::uint16_t ZUL4_record_count(const ZUL4HANDLE& handle);
 int ZUL4_seek_record(ZUL4HANDLE& handle, std::uint32_t index);
 int ZUL4_next_record(ZUL4HANDLE& handle);
 
+/// The record at the front of `bytes`, with its head; none where no whole record is there.
+Bytes ZUL4_record(Bytes bytes);
+
 /// The count of fields in the current record, as far as its bytes can hold them; 0 for none.
 std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle);
 
