@@ -1,46 +1,11 @@
-// What allocates, and what happens when memory is short. The program has its own operator new, too,
-// so that both roads to memory can be watched and closed.
-#include <wqdata/textsupport/myparser.h>
-
-#include <new>
-
+// What allocates, and how a text block grows.
+#include "allocations.h"
 #include "fieldvalue.h"
-#include "reallocs.h"
-
-namespace {
-
-int news = 0;
-bool newFails = false;
-
-void* Allocate(std::size_t size) {
-  ++news;
-  return newFails ? nullptr : std::malloc(size);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* const memory = Allocate(size);
-  return memory != nullptr ? memory : throw std::bad_alloc();
-}
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
 using namespace wqd;
 using namespace wqd_test;
-
-/// Lets no new succeed until its end.
-struct NoNew {
-  NoNew() { newFails = true; }
-  ~NoNew() { newFails = false; }
-};
 
 TEST(Allocations, WritingConvertingAndWalkingTakeNoneUntilTheBufferGrows) {
   const DataBlockPtr block = NewBlock(CSV);
@@ -150,64 +115,6 @@ TEST(Growth, MovesALargeBlockFewTimesAndTakesTheBareNeedWhereTheSystemRefusesMor
   while (block->StartRecord() && block->Add(FID{1}, text.c_str())) ++added;
   EXPECT_EQ(added, 16);
   EXPECT_EQ(log.lines().size(), 1u);
-}
-
-TEST(ShortOfMemory, FactoryGivesNull) {
-  const int before = CDataBlock::_instances;
-  char text[] = "1,a";
-  const NoNew none;
-  EXPECT_FALSE(CDataBlock::NewDataBlock(TEXT) || CDataBlock::NewDataBlock(TEXT, text, 0));
-  EXPECT_EQ(CDataBlock::_instances, before);
-}
-
-TEST(ShortOfMemory, ItemStaysAsItWas) {
-  std::string text = Letters(2000);
-  CDataItem items[] = {{FID{1}, "short", -1},
-                       {FID{2}, 2.5},
-                       {FID{3}, 5, true},
-                       {FID{4}, Letters(600).c_str(), -1},
-                       {text.data(), 700},
-                       ItemOf(VectorOf(TYPE_VECTOR_LPACK, 700)),
-                       ItemOf(VectorOf(TYPE_VECTOR_STRING, 0))};
-  const CDataItem longText(FID{9}, text.c_str(), -1), blob(text.data(), 600);
-  const CDataItem vector = ItemOf(VectorOf(TYPE_VECTOR_LPACK, 3));
-  for (CDataItem& item : items) {
-    const Field before = FieldOf(item);
-    newFails = true;
-    item.Set(FID{7}, text.c_str(), -1);
-    item.SetVector(FID{8}, text.data(), 600);
-    item.SetVector(FID{8}, reinterpret_cast<const std::int32_t*>(text.data()), 101, 4);
-    item.Set(text.data(), 600);
-    item = longText;
-    item = vector;
-    item.Copy(blob);
-    CDataItem moved = std::move(item);
-    newFails = false;
-    EXPECT_EQ(FieldOf(moved), before);
-  }
-  CDataItem strings = ItemOf(VectorOf(TYPE_VECTOR_STRING, 600));
-  {
-    const NoNew none;
-    EXPECT_STREQ(strings.GetString(), "");
-    EXPECT_EQ(CDataItem(longText).GetError() + CDataItem(blob).GetError(), 2);
-    EXPECT_EQ(CDataItem(text.data(), 600).GetError(), 1);
-    EXPECT_EQ(CDataItem(FID{9}, text.c_str(), 512).GetError(), 1);
-    EXPECT_EQ(CDataItem(FID{9}, text.c_str(), 511).GetType(), TYPE_STRING);
-  }
-  EXPECT_EQ(strings.GetString(), '"' + std::string(599, 'a') + '"');
-}
-
-TEST(ShortOfMemory, ParserOfATextStaysBeforeTheFieldItCannotGive) {
-  const std::string text = Letters(100) + ",b";
-  CMyParser parser(text.c_str(), nullptr);
-  std::string field = "left over";
-  {
-    const NoNew none;
-    EXPECT_FALSE(parser.NextField(field));
-  }
-  EXPECT_EQ(field, "");
-  EXPECT_TRUE(parser.NextField(field) && field == Letters(100)) << field;
-  EXPECT_TRUE(parser.NextField(field) && field == "b") << field;
 }
 
 }  // namespace

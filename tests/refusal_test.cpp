@@ -1,8 +1,8 @@
 // What the binary blocks refuse, and what is left then; and how they grow.
 #include <ctime>
 
+#include "allocations.h"
 #include "fieldvalue.h"
-#include "reallocs.h"
 
 namespace {
 
@@ -87,33 +87,6 @@ TEST(Refused, OtherLines) {
     EXPECT_FALSE(block->Add(FID{65535}, large.c_str()));
     EXPECT_FALSE(Add(*block, VectorOf(TYPE_VECTOR_INT, 5000)));
     EXPECT_EQ(log.lines(), lines[format == ZUL4]);
-  }
-}
-
-TEST(Refused, WithoutMemoryTheBlockStandsAsItWasAndGoesOn) {
-  const Fields fields = OneOfEach();
-  for (const cf_id format : kBinaryFormats) {
-    const DataBlockPtr block = NewBlock(format);
-    {
-      const Shortage none;
-      const LogCapture log;
-      EXPECT_TRUE(Accepted(*block) == "StartRecord EndRecord" && block->GetData() == nullptr);
-      EXPECT_EQ(log.lines().size(), format == ZUL3 ? 45u : 16u);
-    }
-    for (int record = 0; record < 2; ++record) {
-      ASSERT_TRUE(block->StartRecord());
-      for (const Field& field : fields) {
-        const std::string before = BytesOf(*block);
-        {
-          const Shortage none;
-          EXPECT_FALSE(Add(*block, VectorOf(TYPE_VECTOR_INT, 60000)));
-        }
-        EXPECT_EQ(BytesOf(*block), before) << field;
-        EXPECT_TRUE(Add(*block, field)) << field;
-      }
-      EXPECT_TRUE(block->EndRecord());
-    }
-    EXPECT_EQ(Read(*block), std::vector<Fields>(2, fields));
   }
 }
 
