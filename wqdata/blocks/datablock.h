@@ -18,24 +18,25 @@ WQDATA_API cf_id CfId(const char* name);
 WQDATA_API const char* CfName(cf_id format);
 
 /// Whether the `size` bytes at `data` are one whole, well-formed block of `format`: all that their
-/// header and their fields declare is there, and nothing else is. A program that takes bytes from
+/// header and their fields declare is there, and nothing else is. A program that takes records from
 /// strangers asks once and then meets no field that can't be read.
 ///
 ///     std::size_t offset = 0;
 ///     const char* reason = "";
-///     if (!ValidateData(ZUL4, data, size, &offset, &reason)) reject(offset, reason);
+///     if (!ValidateData(ZUL3, data, size, &offset, &reason)) reject(offset, reason);
 ///
 /// If not, `offset` receives the place of the first fault, counted from `data` and at most `size`
 /// (of a field or a record at fault its start, of a header the word), and `reason` a constant text
 /// that says what is wrong there. Either may be null, and both stay as they are when the answer is
 /// true. Values are not judged: a month of 13 is as good as any.
 ///
-/// - TEXT and CSV: a text and the NUL of each `Close`. Btrieve: any bytes.
+/// - TEXT and CSV: any text and its NUL, or several. Btrieve: any bytes.
 /// - ZUL3 and ZUL4: by the rules of docs/formats.md, and in ZUL3 with the last record finished.
 /// - Any other format, null with a `size` above 0, and 2 GiB or more: false.
 ///
-/// What a block gives by `GetData` after its last `EndRecord` or `Close` is valid, where that is
-/// not null. No more than the `size` bytes are read, in time linear in `size` whatever they
+/// What a block gives by `GetData` is valid, where it is not null, after the `EndRecord` of a ZUL3
+/// block whose records have the same number of fields, and after the only `Close` of a text, or
+/// several in a row. No more than the `size` bytes are read, in time linear in `size` whatever they
 /// declare, and nothing is allocated. Safe on any thread.
 WQDATA_API bool ValidateData(cf_id format, const void* data, std::size_t size,
                              std::size_t* offset = nullptr, const char** reason = nullptr);
@@ -194,10 +195,10 @@ class WQDATA_API CDataBlock : public CDeletable {
   virtual bool Add(FID id, const char* text) = 0;
 
   /// Appends the contents of `source`, from its first record on, whatever the two encodings are.
-  /// The cursors of `source` end behind its last record; nothing else of it changes. False for
-  /// null, for this block itself (but a Btrieve block appends what it holds), and at the first
-  /// field that can't be read or is refused: the records before it are whole, and the one in
-  /// progress stays open.
+  /// The cursors of `source` end behind its last record, or where the transfer ended; nothing else
+  /// of it changes. False for null, for this block itself (but a Btrieve block appends what it
+  /// holds), and at the first field that can't be read, or field or record that is refused: the
+  /// records before it are whole, and the one in progress stays open.
   ///
   /// - Into ZUL3 and ZUL4: the fields of each record with identifier, type and value. When a ZUL4
   ///   block goes into ZUL3, missing fields with identifier 0 fill each record up to the number of

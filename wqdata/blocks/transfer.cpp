@@ -36,9 +36,11 @@ bool add_records(CDataBlock& source, CDataBlock& target) {
   const bool padded = target.GetFormat() == ZUL3 && source.GetFormat() == ZUL4;
   const int fields = padded ? largest_field_count(source) : 0;
   for (bool more = source.FirstRecord(); more; more = source.NextRecord()) {
+    const int records = target.GetRecordCount();
     target.StartRecord();
-    if (!add_fields(source, target, fields)) return false;
-    target.EndRecord();
+    if (!add_fields(source, target, fields) || !target.EndRecord()) return false;
+    // ZUL4 says of a record that it can't open only that it does not count it.
+    if (target.GetFormat() == ZUL4 && target.GetRecordCount() == records) return false;
   }
   return true;
 }

@@ -78,7 +78,7 @@ class WQDATA_API CZulTime {
   ///     Scan("25:99:99")   96039 seconds
   bool Scan(const char* text);
 
-  /// Writes "hh:mm:ss", each with two digits at least, at most 14 characters. Returns its length,
+  /// Writes "hh:mm:ss", each with two digits at least, at most 15 characters. Returns its length,
   /// with no NUL behind a text of exactly `size` characters; of a longer text `size` characters
   /// are written, without a NUL, and the result is negative. A negative `size` counts as 0, for
   /// which `buffer` may be null.

@@ -1,0 +1,81 @@
+// Prices: read, printed and read again is equal, and decimal text is what its digits say.
+#include <wqdata/service/operations.h>
+#include <wqdata/types.h>
+
+#include <charconv>
+
+#include "target.h"
+
+using namespace wqd;
+using namespace wqd_fuzz;
+
+namespace {
+
+/// A text of at most 9 digits, with a point among them and a sign in front of them or not, is read
+/// as it stands: as many decimals, the same digits.
+void check_decimal(const std::string& text, int baseCode, std::int32_t price) {
+  const std::size_t point = text.find('.');
+  std::string digits = text;
+  if (point != std::string::npos) digits.erase(point, 1);
+  const bool negative = !digits.empty() && digits[0] == '-';
+  const std::string plain = digits.substr(negative ? 1 : 0);
+  if (plain.empty() || plain.size() > 9) return;
+  if (plain.find_first_not_of("0123456789") != std::string::npos || point == 0) return;
+  const std::size_t decimals = point == std::string::npos ? 0 : text.size() - point - 1;
+  if (decimals > 8 || (negative && point == 1)) return;
+  std::int32_t expected = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), expected);
+  Expect(baseCode == 101 + static_cast<int>(decimals), "decimals are counted");
+  Expect(price == expected, "decimal text is what its digits say");
+}
+
+/// What is printed reads back as the same value; so does the nearest double.
+void check_price(int baseCode, std::int32_t price) {
+  double value = 0;
+  char text[service::kPriceTextSize];
+  std::memset(text, 'x', sizeof text);
+  service::price_to_string(baseCode, price, text);
+  Expect(std::memchr(text, '\0', sizeof text) != nullptr, "a price fits its buffer");
+  const bool known = service::price_to_double(baseCode, price, value) != 0;
+  const bool none = !known || price == MISSING_LONG;
+  Expect((std::strcmp(text, "N/A") == 0) == none, "a missing price is N/A, and no other is");
+  if (none) return;
+  int codeRead = 0;
+  std::int32_t priceRead = 0;
+  double valueRead = 0;
+  service::price_from_string(text, codeRead, priceRead);
+  Expect(service::price_to_double(codeRead, priceRead, valueRead) != 0 && valueRead == value,
+         "printed and read again is equal");
+  std::int32_t nearest = 0;
+  service::price_from_double(value, baseCode, nearest);
+  Expect(service::price_to_double(baseCode, nearest, valueRead) != 0 && valueRead == value,
+         "the double of a price is that price");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Numbers numbers(data, size);
+  const auto baseCode = numbers.Take<std::uint8_t>();
+  const std::string rest = numbers.Text();
+  const auto price = numbers.Take<std::int32_t>();
+  const auto wideCode = numbers.Take<std::int32_t>();
+  check_price(baseCode, price);
+  check_price(wideCode, price);
+  const Copy text(reinterpret_cast<const std::uint8_t*>(rest.data()), rest.size(), true);
+  int codeRead = -1;
+  std::int32_t priceRead = 0;
+  service::price_from_string(text.data(), codeRead, priceRead);
+  if (priceRead == MISSING_LONG) {
+    Expect(codeRead == 0, "a text that is no price has code 0");
+  } else {
+    check_price(codeRead, priceRead);
+  }
+  check_decimal(text.data(), codeRead, priceRead);
+  static_cast<void>(service::fraction_to_double(text.data()));
+  std::int32_t nearest = 0;
+  const auto real = Numbers(data, size).Take<double>();
+  service::price_from_double(real, baseCode, nearest);
+  check_price(baseCode, nearest);
+  return 0;
+}

@@ -1,0 +1,7 @@
+// Received ZUL4 records: walked, searched, rewritten and walked again.
+#include "records.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  wqd_fuzz::check_records(ZUL4, data, size);
+  return 0;
+}
