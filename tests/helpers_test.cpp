@@ -116,6 +116,8 @@ TEST(Helpers, GetZulFileNameCompletesThePath) {
   EXPECT_EQ(FileName("0;0;a", 10), "");
   EXPECT_EQ(FileName("0;0;a", 11), "/usr/bin/a");
   EXPECT_EQ(GetZulFileName("a", "b", "c", nullptr, 10), 0);
+  char directory[20] = "/data";
+  EXPECT_EQ(GetZulFileName(directory, "x", "a", directory, 20), 9) << directory;
   char untouched = 'x';
   EXPECT_EQ(GetZulFileName("a", "b", "c", &untouched, 0), 0);
   EXPECT_EQ(untouched, 'x');

@@ -148,6 +148,10 @@ TEST(Parser, EndsAtAReadError) {
   ASSERT_NE(stream, nullptr);
   std::setvbuf(stream.get(), nullptr, _IOFBF, 64);
   EXPECT_EQ(FieldsOf({stream.get(), nullptr}), (Fields{"a", "b"}));
+  char text[] = "a,b";
+  const Stream readable(fmemopen(text, 3, "r"), std::fclose);
+  EXPECT_EQ(std::fputc('x', readable.get()), EOF);  // an error that is none of the parser's
+  EXPECT_EQ(FieldsOf({readable.get(), nullptr}), (Fields{"a", "b"}));
 }
 
 }  // namespace

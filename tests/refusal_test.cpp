@@ -114,6 +114,9 @@ TEST(Refused, FieldsAndRecordsBeyond65535) {
                                : line == "Couldn't allocate ZUL4 record size 524296")
         << line;
     EXPECT_TRUE(wide->EndRecord() && Read(*wide) == std::vector<Fields>{fields});
+    const DataBlockPtr one = NewBlock(ZUL4);
+    EXPECT_TRUE(one->StartRecord() && (format == ZUL4 || one->Add(FID{1}, 7)) && one->EndRecord());
+    EXPECT_FALSE(high->Add(one.get()));
     EXPECT_TRUE(high->StartRecord());
     EXPECT_EQ(high->Add(FID{1}, 7), format == ZUL3);  // the record is opened by its end, or start
     EXPECT_EQ(high->EndRecord(), format == ZUL4);

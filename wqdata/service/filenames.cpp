@@ -27,17 +27,17 @@ void put_completed(const std::string& path, char* buffer, std::size_t size) {
 void make_file_name(int, const char* directory, const char* name, const char* extension,
                     char* buffer, int size) {
   if (buffer == nullptr || size < 1) return;
-  buffer[0] = '\0';
   try {
     std::string path;
-    for (const char* const part : {directory, name, extension}) {
+    for (const char* const part : {directory, name, extension}) {  // which may lie in the buffer
       if (part == nullptr || *part == '\0') continue;
       if (!path.empty()) path += kSeparator;
       path += part;
     }
+    buffer[0] = '\0';
     put_completed(path, buffer, static_cast<std::size_t>(size));
   } catch (const std::bad_alloc&) {
-    return;
+    buffer[0] = '\0';
   }
 }
 

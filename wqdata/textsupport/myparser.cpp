@@ -78,7 +78,8 @@ const char* CMyParser::GetInputPosition() const { return m_position; }
 int CMyParser::NextChar() {
   if (m_stream != nullptr) {
     // A stream may be readable again behind an error, but what then comes is no continuation.
-    const int c = std::ferror(m_stream) != 0 ? EOF : std::getc(m_stream);
+    const int c = m_failed ? EOF : std::getc(m_stream);
+    m_failed = m_failed || (c == EOF && std::ferror(m_stream) != 0);
     m_atEnd = m_atEnd || c == EOF;
     return c == EOF ? 0 : c;
   }

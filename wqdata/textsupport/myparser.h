@@ -77,6 +77,7 @@ class WQDATA_API CMyParser {
   const char* m_position = nullptr;
   std::FILE* m_stream = nullptr;
   bool m_atEnd = true;
+  bool m_failed = false;  // the stream, while it was read here
   const char* m_delimiters;
 };
 

@@ -22,6 +22,10 @@ constexpr int kSecondsInDay = 24 * kSecondsInHour;
 constexpr int kSecondsInWeek = 7 * kSecondsInDay;
 constexpr int kDaysInLeapYear = 366;
 
+// Of 28 years each begins on its weekday, in leap years and others: there are no more kinds.
+constexpr int kFirstYear = 1972;
+constexpr int kYears = 28;
+
 /// The day of a change, and the seconds from its midnight on the wall clock before the change.
 struct Change {
   int month;  ///< 0 for a day counted from the year's beginning
@@ -161,17 +165,46 @@ auto badness(Edge edge, int hour, int wallSeconds, int shift) {
   return std::tuple(error, hour * kSecondsInHour != wallSeconds, !wallIsRight, hour);
 }
 
-bool make_date(Edge edge, const Change& change, int shift, SYSTEMTIME& date) {
-  auto best = badness(edge, 0, change.seconds, shift);
-  for (int hour = 1; hour <= 24; ++hour) {
-    best = std::min(best, badness(edge, hour, change.seconds, shift));
+/// The least badness that an hour has, and that hour in it.
+auto best_hour(Edge edge, int wallSeconds, int shift) {
+  auto best = badness(edge, 0, wallSeconds, shift);
+  for (int hour = 1; hour <= 24; ++hour)
+    best = std::min(best, badness(edge, hour, wallSeconds, shift));
+  return best;
+}
+
+/// Whether one date lies as many days behind another, of the same month, in every year.
+bool is_at_distance(const SYSTEMTIME& from, const SYSTEMTIME& date, int& days) {
+  days = transition_day(date, kFirstYear) - transition_day(from, kFirstYear);
+  for (int year = kFirstYear + 1; year < kFirstYear + kYears; ++year) {
+    if (transition_day(date, year) - transition_day(from, year) != days) return false;
   }
-  date = {};
-  date.wMonth = static_cast<std::uint16_t>(change.month);
-  date.wDayOfWeek = static_cast<std::uint16_t>(change.weekday);
-  date.wDay = static_cast<std::uint16_t>(change.week);
+  return true;
+}
+
+/// A change far beyond its own day may lie nearer to a day that always follows, or precedes, it:
+/// the Saturday behind a fourth Thursday of March is the day before the last Sunday.
+bool make_date(Edge edge, const Change& change, int shift, SYSTEMTIME& date) {
+  if (change.month == 0) return false;
+  SYSTEMTIME own = {};
+  own.wMonth = static_cast<std::uint16_t>(change.month);
+  own.wDayOfWeek = static_cast<std::uint16_t>(change.weekday);
+  own.wDay = static_cast<std::uint16_t>(change.week);
+  auto best = best_hour(edge, change.seconds, shift);
+  date = own;
+  for (int day = 0; day < 5 * 7; ++day) {
+    SYSTEMTIME other = own;
+    other.wDay = static_cast<std::uint16_t>(day / 7 + 1);
+    other.wDayOfWeek = static_cast<std::uint16_t>(day % 7);
+    int days = 0;
+    if (!is_at_distance(own, other, days)) continue;
+    const auto found = best_hour(edge, change.seconds - days * kSecondsInDay, shift);
+    if (std::get<0>(found) >= std::get<0>(best)) continue;
+    best = found;
+    date = other;
+  }
   date.wHour = static_cast<std::uint16_t>(std::get<3>(best));
-  return change.month != 0 && std::get<0>(best) < kSecondsInWeek;
+  return std::get<0>(best) < kSecondsInWeek;
 }
 
 /// Seconds from the epoch to a time of the day on which a transition date falls in a year.
@@ -181,14 +214,13 @@ std::int64_t instant(const SYSTEMTIME& date, int year, int seconds) {
 }
 
 /// A record tells the order of its changes by their months, for every year alike. The changes must
-/// keep to it, as they are written and as the record has them; 28 years are all that there are.
+/// keep to it, as they are written and as the record has them.
 bool keeps_order(const PosixRule& posix, const ZoneRule& rule) {
-  constexpr int kFirstYear = 1972;
   const SYSTEMTIME& start = rule.daylightDate;
   const SYSTEMTIME& end = rule.standardDate;
   const bool startsFirst = start.wMonth < end.wMonth;
   const int endSeconds = posix.end.seconds - shift_of(posix);
-  for (int year = kFirstYear; year < kFirstYear + 28; ++year) {
+  for (int year = kFirstYear; year < kFirstYear + kYears; ++year) {
     const bool written = instant(start, year, posix.start.seconds) < instant(end, year, endSeconds);
     const bool held = instant(start, year, effective_seconds(Edge::kStart, start.wHour)) <
                       instant(end, year, effective_seconds(Edge::kEnd, end.wHour));

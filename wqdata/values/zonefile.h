@@ -32,7 +32,8 @@ static_assert(sizeof(ZoneRule) == 44);
 ///     "IST-1GMT0,M10.5.0,M3.5.0/1"   bias 0, daylightBias -60: daylight time is the clock ahead
 ///     "EST5EDT,0/0,J365/25"          bias 240: daylight time all the year round is none
 ///
-/// Where the hour of a change is not among those that a record can hold, it is the nearest one.
+/// Where the hour of a change is not among those that a record can hold, it is the nearest one, on
+/// that day or one that always lies as many days from it.
 /// False for a text that is not of this form, offsets that are not whole minutes, daylight time
 /// without its two days, other days than those of the M form, both changes in one month unless
 /// daylight time ends in an earlier week of it than it begins, and a change that would be off by a
