@@ -199,7 +199,19 @@ inline std::vector<Fields> Read(wqd::CDataBlock& block) {
   return records;
 }
 
-/// A block around `bytes`.
+/// A block of these records, which is not closed.
+inline wqd::DataBlockPtr Build(cf_id format, const std::vector<Fields>& records,
+                               Road road = Road::kDirect) {
+  wqd::DataBlockPtr block = NewBlock(format);
+  for (const Fields& record : records) {
+    EXPECT_TRUE(block->StartRecord());
+    for (const Field& field : record) EXPECT_TRUE(Add(*block, field, road)) << field;
+    EXPECT_TRUE(block->EndRecord());
+  }
+  return block;
+}
+
+/// A read-only block around `bytes`, which outlive it.
 inline wqd::DataBlockPtr Wrap(cf_id format, std::string& bytes) {
   const auto size = static_cast<int>(bytes.size());
   return wqd::DataBlockPtr(wqd::CDataBlock::NewDataBlock(format, bytes.data(), size));

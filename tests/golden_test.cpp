@@ -26,12 +26,7 @@ std::string ValueOf(const std::vector<Fields>& records) {
 }
 
 std::string Written(cf_id format, const std::vector<Fields>& records, Road road) {
-  const DataBlockPtr block = NewBlock(format);
-  for (const auto& record : records) {
-    EXPECT_TRUE(block->StartRecord());
-    for (const Field& field : record) EXPECT_TRUE(Add(*block, field, road)) << field;
-    EXPECT_TRUE(block->EndRecord());
-  }
+  const DataBlockPtr block = Build(format, records, road);
   EXPECT_TRUE(block->Close());
   return Hex(BytesOf(*block));
 }
