@@ -46,6 +46,7 @@ struct Field {
   }
 };
 using Fields = std::vector<Field>;
+using Records = std::vector<Fields>;
 
 inline std::ostream& operator<<(std::ostream& out, const Field& field) {
   return out << "type " << field.type << ", id " << field.id << ", base code " << field.baseCode
@@ -183,8 +184,24 @@ inline Field RandomField(std::mt19937& random) {
   return field;
 }
 
-inline std::vector<Fields> Read(wqd::CDataBlock& block) {
-  std::vector<Fields> records;
+/// The field of a missing value.
+inline Field Missing(FID id) { return {TYPE_ERROR, id, ValueBytes(std::int16_t{2})}; }
+
+/// Records of random fields, some of them missing; all as long as each other, or of any length.
+inline Records RandomRecords(std::mt19937& random, bool uniform) {
+  Records records(1 + random() % 5);
+  const std::size_t common = 1 + random() % 8;
+  for (Fields& record : records) {
+    record.resize(uniform ? common : random() % 9);
+    for (Field& field : record) {
+      field = random() % 8 == 0 ? Missing(static_cast<FID>(random())) : RandomField(random);
+    }
+  }
+  return records;
+}
+
+inline Records Read(wqd::CDataBlock& block) {
+  Records records;
   for (bool more = block.FirstRecord(); more; more = block.NextRecord()) {
     Fields& fields = records.emplace_back();
     for (bool field = block.FirstField(); field; field = block.NextField()) {
@@ -200,8 +217,7 @@ inline std::vector<Fields> Read(wqd::CDataBlock& block) {
 }
 
 /// A block of these records, which is not closed.
-inline wqd::DataBlockPtr Build(cf_id format, const std::vector<Fields>& records,
-                               Road road = Road::kDirect) {
+inline wqd::DataBlockPtr Build(cf_id format, const Records& records, Road road = Road::kDirect) {
   wqd::DataBlockPtr block = NewBlock(format);
   for (const Fields& record : records) {
     EXPECT_TRUE(block->StartRecord());

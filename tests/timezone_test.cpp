@@ -146,26 +146,6 @@ TEST(Conversions, CopyWhatNoClockShows) {
   }
 }
 
-TEST(Conversions, TakeAnyNumbersInZoneAndReading) {
-  constexpr std::uint16_t kNumbers[] = {0, 1, 2, 5, 6, 12, 13, 24, 29, 31, 59, 1601, 30827, 65535};
-  std::mt19937 random(1);
-  const auto any = [&] { return kNumbers[random() % std::size(kNumbers)]; };
-  const auto anyTime = [&] {
-    return SYSTEMTIME{any(), any(), any(), any(), any(), any(), any(), any()};
-  };
-  for (int i = 0; i < 20000; ++i) {
-    const CTimeZone zone = Zone(INT32_MIN, INT32_MIN, anyTime(), anyTime());
-    const SYSTEMTIME reading = anyTime();
-    SYSTEMTIME local, utc;
-    const int state = UtcTimeToTzTime(&zone, &reading, &local);
-    const int used = TzTimeToUtcTime(&zone, &local, &utc, state);
-    ASSERT_TRUE((state == 0 || state == 1) && used == state) << Text(reading) << " " << state;
-    // What was converted comes back; what was not is the reading as it was.
-    const bool copied = std::memcmp(&local, &reading, sizeof reading) == 0;
-    ASSERT_EQ(Text(copied ? local : utc), Text(reading));
-  }
-}
-
 TEST(TimeZone, IsWhatItIsCalled) {
   CTimeZone zone = Eastern();
   EXPECT_TRUE(GetTzInfo("gmt STANDARD time", &zone));

@@ -7,11 +7,7 @@ namespace {
 
 using namespace wqd;
 using namespace wqd_test;
-using Records = std::vector<Fields>;
-
 const Field kPad = {TYPE_ERROR, FID{0}, ValueBytes(std::int16_t{1})};
-
-Field Missing(FID id) { return {TYPE_ERROR, id, ValueBytes(std::int16_t{2})}; }
 
 /// What a block of `format` printed from `source` holds, without the NUL at its end.
 std::string Printed(cf_id format, CDataBlock& source) {
@@ -21,19 +17,6 @@ std::string Printed(cf_id format, CDataBlock& source) {
   EXPECT_EQ(bytes.back(), '\0');
   bytes.pop_back();
   return bytes;
-}
-
-/// Records of random fields, some of them missing; all as long as the first, or of any length.
-Records RandomRecords(std::mt19937& random, bool uniform) {
-  Records records(1 + random() % 5);
-  const std::size_t common = 1 + random() % 8;
-  for (Fields& record : records) {
-    record.resize(uniform ? common : random() % 9);
-    for (Field& field : record) {
-      field = random() % 8 == 0 ? Missing(static_cast<FID>(random())) : RandomField(random);
-    }
-  }
-  return records;
 }
 
 Records Padded(Records records) {

@@ -31,14 +31,12 @@ TEST(Vector, HoldsItsOwnCopyAndHasNoSingleValue) {
       const Field field = VectorOf(type, count);
       CDataItem item = ItemOf(field);  // whose arrays are gone by now
       EXPECT_EQ(FieldOf(item), field);
-      EXPECT_TRUE(item.GetVectorPtr() != nullptr && item.GetSize() == static_cast<int>(count));
       char buffer[] = "as it was";
-      EXPECT_TRUE(!item.IsNull() && !item.IsIntegralType() && item.GetShort() == MISSING_SHORT &&
-                  item.GetLong() == MISSING_LONG && item.GetFloat() == MISSING_DOUBLE &&
-                  static_cast<double>(item.GetFPN()) == MISSING_DOUBLE &&
-                  static_cast<ZULDATE>(item.GetDate()).month == 0 &&
-                  static_cast<std::int32_t>(item.GetTime()) == MISSING_TIME_SECONDS &&
-                  item.Print(buffer, 9) == 0 && std::string(buffer) == "as it was" &&
+      EXPECT_TRUE(item.GetVectorPtr() != nullptr && !item.IsNull() && !item.IsIntegralType() &&
+                  item.GetShort() == MISSING_SHORT && item.GetLong() == MISSING_LONG &&
+                  item.GetFloat() == MISSING_DOUBLE && double{item.GetFPN()} == MISSING_DOUBLE &&
+                  item.GetDate().Month() == 0 && int(item.GetTime()) == MISSING_TIME_SECONDS &&
+                  item.Print(buffer, 9) == 0 && buffer == std::string("as it was") &&
                   (type == TYPE_VECTOR_STRING || *item.GetString() == '\0'))
           << field;
     }
@@ -95,11 +93,11 @@ TEST(Vector, BlockOutlivesAScalarAndGoesWithTheNextVector) {
 
 TEST(Vector, OfACodeTakesVectorTypesAlone) {
   for (int type = -1; type <= 102; ++type) {
-    CDataItem item(FID{1}, std::int32_t{7});
-    EXPECT_EQ(item.SetVector(FID{9}, type, VectorOf(TYPE_VECTOR_DOUBLE, 4).bytes.data(), 4),
-              std::count(kVectorTypes.begin(), kVectorTypes.end(), type) == 1)
+    CDataItem item(FID{1}, 7);
+    const bool vector = std::count(kVectorTypes.begin(), kVectorTypes.end(), type) == 1;
+    EXPECT_EQ(item.SetVector(FID{9}, type, VectorOf(TYPE_VECTOR_DOUBLE, 4).bytes.data(), 4), vector)
         << type;
-    EXPECT_TRUE(item.GetId() == 9 ? item.GetType() == type : item.GetLong() == 7) << type;
+    EXPECT_TRUE(vector ? item.GetType() == type : item.GetLong() == 7) << type;
   }
 }
 
