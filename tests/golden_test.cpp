@@ -8,10 +8,6 @@ namespace {
 using namespace wqd;
 using namespace wqd_test;
 
-std::string WholeBlock(cf_id format, const Golden& entry) {
-  return entry.kind == "block" ? entry.bytes : BlockOf(format, {{entry.bytes}});
-}
-
 /// The values as the data files write them.
 std::string ValueOf(const std::vector<Fields>& records) {
   std::string text;
@@ -25,19 +21,13 @@ std::string ValueOf(const std::vector<Fields>& records) {
   return text;
 }
 
-std::string Written(cf_id format, const std::vector<Fields>& records, Road road) {
-  const DataBlockPtr block = Build(format, records, road);
-  EXPECT_TRUE(block->Close());
-  return Hex(BytesOf(*block));
-}
-
 TEST(Golden, BytesReadAsTheValueAndTheValueIsWrittenAsTheBytes) {
   for (const cf_id format : kBinaryFormats) {
     int values = 0, refused = 0;
     for (const Golden& entry : GoldenEntries(format)) {
       if (entry.kind == "count") continue;
       SCOPED_TRACE(CfName(format) + (' ' + entry.name + ": " + Hex(entry.bytes)));
-      std::string bytes = WholeBlock(format, entry);
+      std::string bytes = entry.kind == "block" ? entry.bytes : BlockOf(format, {{entry.bytes}});
       const DataBlockPtr block = Wrap(format, bytes);
       if (entry.kind == "none") {  // is no field, and leaves the item alone
         CDataItem item(FID{5}, std::int32_t{6});
@@ -53,7 +43,9 @@ TEST(Golden, BytesReadAsTheValueAndTheValueIsWrittenAsTheBytes) {
       EXPECT_EQ(ValueOf(records), entry.value);
       for (const Road road : kRoads) {
         if (entry.kind == "read") continue;
-        EXPECT_EQ(Written(format, records, road), Hex(bytes)) << "road " << static_cast<int>(road);
+        const DataBlockPtr written = Build(format, records, road);
+        EXPECT_TRUE(written->Close());
+        EXPECT_EQ(Hex(BytesOf(*written)), Hex(bytes)) << "road " << int(road);
       }
       ++values;
     }

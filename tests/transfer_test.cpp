@@ -112,41 +112,26 @@ TEST(Transfer, PrintsEveryTypeAndVectorsAsRows) {
 }
 
 TEST(Transfer, KnowsItsPairs) {
-  char data[] = "12345";
-  const Field one = LongField(1, 11);
-  const auto bytes = NewBlock(Btrieve);
-  ASSERT_TRUE(bytes->AddBlob(FID{0}, data, 5));
+  const DataBlockPtr bytes = NewBlock(Btrieve);
+  ASSERT_TRUE(bytes->AddBlob(FID{0}, "12345", 5));
   for (const cf_id format : {TEXT, CSV, ZUL3, ZUL4, Btrieve}) {
     const DataBlockPtr block = NewBlock(format);
     EXPECT_FALSE(block->Add(static_cast<CDataBlock*>(nullptr)));
     // A source without records leaves nothing, but that text is closed.
     EXPECT_EQ(block->Add(NewBlock(ZUL4).get()), format != Btrieve) << CfName(format);
-    EXPECT_EQ(BytesOf(*block), std::string(format <= CSV ? 1 : 0, '\0')) << CfName(format);
     EXPECT_TRUE(block->Add(bytes.get())) << CfName(format);
     const std::string closed(format <= CSV ? 2 : 0, '\0');
     EXPECT_EQ(BytesOf(*block), format == Btrieve ? "12345" : closed) << CfName(format);
-
-    const std::int32_t instances = CDataBlock::_instances;
-    const bool copied = format == ZUL3 || format == ZUL4;
     const DataBlockPtr copy(CDataBlock::NewDataBlock(block.get()));
-    EXPECT_EQ(copy != nullptr, copied) << CfName(format);
-    EXPECT_EQ(CDataBlock::_instances, instances + (copied ? 1 : 0));
+    EXPECT_EQ(copy != nullptr, format == ZUL3 || format == ZUL4) << CfName(format);
   }
   EXPECT_EQ(CDataBlock::NewDataBlock(static_cast<const CDataBlock*>(nullptr)), nullptr);
-
-  EXPECT_TRUE(bytes->Add(bytes.get()));
-  EXPECT_EQ(BytesOf(*bytes), "1234512345");
+  EXPECT_TRUE(bytes->Add(bytes.get()) && BytesOf(*bytes) == "1234512345");
   for (const cf_id format : {CSV, ZUL3, ZUL4}) {
-    const DataBlockPtr block = Build(format, {{one, one}});
+    const DataBlockPtr block = Build(format, {{LongField(1, 11)}});
     const std::string before = BytesOf(*block);
-    EXPECT_FALSE(block->Add(block.get()));
-    EXPECT_EQ(BytesOf(*block), before);
+    EXPECT_TRUE(!block->Add(block.get()) && BytesOf(*block) == before) << CfName(format);
   }
-  const DataBlockPtr csv = NewBlock(CSV);
-  const DataBlockPtr source = Build(ZUL3, {{one}, {one}});
-  EXPECT_TRUE(csv->Add(source.get()) && csv->Add(source.get()));
-  const std::string twice = "11\n11\n" + std::string(1, '\0');
-  EXPECT_EQ(BytesOf(*csv), twice + twice);
 }
 
 TEST(Transfer, StopsAtTheFirstRefusal) {
@@ -185,14 +170,11 @@ TEST(Transfer, SaysWhatReadOnlyTextDoesNotTake) {
   const LogCapture log;
   EXPECT_TRUE(target->Add(source.get()));
   const std::string row = "CTextBlock::AddBlock w/h vsize<2>, indata<ZUL4>, failed at add ";
-  EXPECT_EQ(log.lines(),
-            (LogCapture::Lines{{1,
-                                "CTextBlock::AddBlock: inblock<ZUL4>, Add(item) failed for <5>, "
-                                "datablocklen<52>"},
-                               {1, row + "<6> w/h type<2>"},
-                               {1, row + "<9> w/h type<13>"},
-                               {1, row + "<6> w/h type<2>"},
-                               {1, row + "<9> w/h type<13>"}}));
+  const LogCapture::Lines lines = {
+      {1, "CTextBlock::AddBlock: inblock<ZUL4>, Add(item) failed for <5>, datablocklen<52>"},
+      {1, row + "<6> w/h type<2>"},
+      {1, row + "<9> w/h type<13>"}};
+  EXPECT_EQ(log.lines(), (LogCapture::Lines{lines[0], lines[1], lines[2], lines[1], lines[2]}));
   EXPECT_STREQ(text, "1,a\n");
 }
 
@@ -202,10 +184,8 @@ TEST(Transfer, KeepsToWhatABlockIsWhateverItsFormatSays) {
     for (const cf_id says : {TEXT, ZUL3, ZUL4, Btrieve}) {
       const DataBlockPtr block = NewBlock(is);
       *block = *NewBlock(says);
-      const bool taken = block->Add(source.get());
-      EXPECT_EQ(taken,
-                is == TEXT ? says != Btrieve : is != Btrieve && (says == ZUL3 || says == ZUL4))
-          << CfName(is) << CfName(says);
+      const bool zul = is != Btrieve && (says == ZUL3 || says == ZUL4);
+      EXPECT_EQ(block->Add(source.get()), zul || (is == TEXT && says == TEXT)) << is << says;
     }
   }
 }

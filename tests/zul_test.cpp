@@ -96,28 +96,33 @@ TEST(Zul, CursorsOverTwoRecordsOfThreeFields) {
              walk);
 }
 
-TEST(Zul, MissingValuesBecomeErrorFields) {
+TEST(Zul, MissingValuesBecomeErrorFieldsOnBothRoads) {
   const auto expect = [](int type, int error, const auto& value) {
     for (const cf_id format : kBinaryFormats) {
       const DataBlockPtr block = NewBlock(format);
-      CDataItem back;
-      EXPECT_TRUE(block->StartRecord() && block->Add(FID{7}, value) && block->EndRecord() &&
-                  block->FirstRecord() && block->GetField(FID{7}, &back));
-      EXPECT_TRUE(block->GetCurrentFieldType() == type && back.GetError() == error &&
-                  back.IsNull() == (error != 0))
-          << CfName(format) << ' ' << testing::PrintToString(value);
+      CDataItem item(FID{7}, value), back;
+      EXPECT_TRUE(block->StartRecord() && block->Add(FID{7}, value) && block->Add(item));
+      for (bool more = block->FirstRecord(); more; more = block->NextField()) {
+        EXPECT_TRUE(block->GetCurrentField(&back) && block->GetCurrentFieldType() == type &&
+                    back.GetError() == error && back.IsNull() == (error != 0))
+            << CfName(format) << ' ' << testing::PrintToString(value);
+      }
     }
   };
   const auto expect_errors = [&](const auto&... values) { (expect(TYPE_ERROR, 2, values), ...); };
   expect_errors(MISSING_SHORT, MISSING_LONG, MISSING_DOUBLE, MISSING_DOUBLE + 0.009,
-                CFixPtNum(MISSING_LONG, 102), ZULDATE{1, 0, 2004}, CZulDate(),
-                ZULTIME{MISSING_TIME_MINUTES, 5}, CZulTime(MISSING_TIME_SECONDS));
+                CFixPtNum(MISSING_LONG, 102), CFixPtNum(MISSING_DOUBLE + 0.009, 3),
+                ZULDATE{1, 0, 2004}, CZulDate(), ZULTIME{MISSING_TIME_MINUTES, 5},
+                CZulTime(MISSING_TIME_SECONDS));
   expect(TYPE_DOUBLE, 0, MISSING_DOUBLE + 0.011);
   expect(TYPE_LPACK, 0, CFixPtNum(-2147483647, 101));
   expect(TYPE_DATE, 0, ZULDATE{0, 1, 0});
   expect(TYPE_TIME, 0, ZULTIME{MISSING_TIME_MINUTES - 1, 59});
-  expect(TYPE_STRING, 0, "");
-  expect(TYPE_STRING, 2, "N/A");
+  for (const cf_id format : kBinaryFormats) {
+    const DataBlockPtr block = NewBlock(format);
+    EXPECT_TRUE(block->StartRecord() && block->Add(FID{7}, "N/A") && block->FirstRecord());
+    EXPECT_EQ(block->GetCurrentFieldType(), TYPE_STRING) << "a text is written as it is";
+  }
 }
 
 TEST(Zul, VectorsAtTheirLimits) {

@@ -92,18 +92,16 @@ TEST(Records, GoThroughEveryEncoding) {
   EXPECT_EQ(ErrorOf([&] { BuildBlock(ZUL4, records); }), "the days are too many for ZUL4");
 }
 
-/// By hand: a header of 8 bytes and a head of 8 for each record; a date takes 8 bytes, its day at
-/// 4; a price 12, its code at 4 and its long at 8; a volume 12 and a vector 8 with its doubles.
 TEST(Records, TellASingleBitThatChanged) {
+  std::vector<Record> records = TwoMonths();
+  // By hand: a header of 8 bytes and a head of 8 for each record; a date takes 8 bytes, its day at
+  // 4; a price 12, its code at 4; a volume 12 and a vector 8 with its doubles.
   const std::pair<std::size_t, const char*> cases[] = {
       {16 + 4, "record 1: field 1 '02/29/2024' expected, field 1 '02/28/2024' found"},
       {16 + 8 + 24 + 4, "record 1: field 12 '1 2/8' expected, field 12 '2 2/4' found"},
-      {16 + 8 + 60 + 4 + 6,
-       "record 1: field 20 '11456230000.0000' expected, field 20 '10919359088.0000' found"},
       {104 + 8 + 8,
        "record 2: field 31 '11456230000.0000' expected, field 31 '11456230000.0000' found"},
   };
-  std::vector<Record> records = TwoMonths();
   for (const auto& [at, difference] : cases) {
     const DataBlockPtr block = BuildBlock(ZUL4, records);
     static_cast<char*>(block->GetData())[at] ^= 1;
@@ -112,6 +110,9 @@ TEST(Records, TellASingleBitThatChanged) {
 }
 
 TEST(Records, TellALineThatChanged) {
+  std::vector<Record> records = TwoMonths();
+  const DataBlockPtr csv = ConvertBlock(CSV, *ConvertBlock(ZUL3, *BuildBlock(ZUL4, records)));
+  const std::string whole = static_cast<const char*>(csv->GetData());
   const struct {
     std::string from, to, difference;
   } cases[] = {
@@ -119,18 +120,13 @@ TEST(Records, TellALineThatChanged) {
       {"N/A\n03/01/2024", "1\n03/01/2024", "record 2: field 0 'N/A' expected, field 0 '1' found"},
       {"30000.0000,N", "30001.0000,N",
        "record 2: field 31 '11456230000.0000' expected, field 31 '11456230001.0000' found"},
+      {whole.substr(whole.rfind(",N/A")), "", "record 4: field 0 'N/A' expected, no value found"},
   };
-  std::vector<Record> records = TwoMonths();
-  const DataBlockPtr csv = ConvertBlock(CSV, *ConvertBlock(ZUL3, *BuildBlock(ZUL4, records)));
-  const std::string whole = static_cast<const char*>(csv->GetData());
   for (const auto& [from, to, difference] : cases) {
     std::string text = whole;
-    text.replace(text.find(from), from.size(), to);
+    text.replace(text.rfind(from), from.size(), to);
     EXPECT_EQ(FindTextDifference(text.c_str(), kFieldsPerQuote, records), difference);
   }
-  const std::string cut = whole.substr(0, whole.rfind(",N/A"));
-  EXPECT_EQ(FindTextDifference(cut.c_str(), kFieldsPerQuote, records),
-            "record 4: field 0 'N/A' expected, no value found");
 }
 
 /// The program's exit status, and behind it what it wrote to both streams.
