@@ -162,21 +162,16 @@ inline Field VectorOf(int type, std::uint32_t count) {
 
 /// A field of random type, identifier and value. It is no missing one.
 inline Field RandomField(std::mt19937& random) {
+  constexpr std::uint16_t kBaseCodes[] = {0, 3, 8, 15, 18, 101, 104, 109};
   const auto below = [&random](unsigned bound) { return static_cast<unsigned>(random() % bound); };
   Field field{kFieldTypes[below(std::size(kFieldTypes))], static_cast<FID>(random()), {}};
-  const bool text = WidthOf(field.type) == 1;
-  const std::size_t count = IsVector(field.type) || text ? below(below(8) == 0 ? 700 : 12) : 1;
+  const bool many = IsVector(field.type) || field.type == TYPE_STRING;
+  const std::size_t count = many ? below(below(8) == 0 ? 700 : 12) : 1;
   for (std::size_t i = 0; i < count * WidthOf(field.type); ++i) {
-    field.bytes += static_cast<char>(text ? 1 + below(255) : below(256));
+    field.bytes += static_cast<char>(1 + below(255));  // each marker has a byte 0
   }
-  constexpr std::uint16_t kBaseCodes[] = {0, 3, 8, 15, 18, 101, 104, 109};
-  const ZULDATE date = IntToDate(static_cast<int>(1 + below(40000)));
   const ZULTIME time = wqd::CZulTime(static_cast<int>(below(86400)));
-  if (field.type == TYPE_DOUBLE) field.bytes = ValueBytes(static_cast<double>(random()) / 7 - 1e8);
-  if (field.type == TYPE_DATE) field.bytes = ValueBytes(date);
   if (field.type == TYPE_TIME) field.bytes = ValueBytes(time);
-  const bool marked = field.type == TYPE_LONG || field.type == TYPE_INT || field.type == TYPE_LPACK;
-  if (marked) field.bytes[0] = '\1';  // the marker's is 0
   if (field.type == TYPE_LPACK) field.baseCode = kBaseCodes[below(8)];
   if (field.type == TYPE_VECTOR_LPACK) field.baseCode = static_cast<std::uint16_t>(random());
   if (field.type != TYPE_VECTOR_STRING) return field;
