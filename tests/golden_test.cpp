@@ -9,9 +9,9 @@ using namespace wqd;
 using namespace wqd_test;
 
 /// The values as the data files write them.
-std::string ValueOf(const std::vector<Fields>& records) {
+std::string ValueOf(const Records& records) {
   std::string text;
-  for (const auto& record : records) {
+  for (const Fields& record : records) {
     if (&record != records.data()) text += " /";
     for (const Field& field : record) {
       if (!text.empty()) text += &field == record.data() ? " " : " ; ";
@@ -61,17 +61,17 @@ TEST(Golden, ThePageShowsTheseBytes) {
     for (const Golden& entry : GoldenEntries(format)) entries[entry.name] = entry;
     std::ifstream page(WQDATA_SOURCE_DIR "/docs/formats.md");
     bool fenced = false;
-    Golden head;
+    std::string name, value;
     std::set<char> types;
     for (std::string line; std::getline(page, line);) {
       if (line.starts_with("```")) fenced = !fenced;
       const std::size_t bar = line.find(" | ");
-      if (bar != std::string::npos) head = {"", line.substr(0, bar), line.substr(bar + 3), ""};
-      const std::string tag = line.substr(0, 5);
-      const bool own = tag == "both " || tag == (format == ZUL3 ? "zul3 " : "zul4 ");
+      if (bar != std::string::npos) name = line.substr(0, bar), value = line.substr(bar + 3);
+      const bool own =
+          line.starts_with("both ") || line.starts_with(format == ZUL3 ? "zul3 " : "zul4 ");
       if (!fenced || !own) continue;
-      dumps[head.name].value = head.value;
-      dumps[head.name].bytes += BytesOfHex(line.substr(5));
+      dumps[name].value = value;
+      dumps[name].bytes += BytesOfHex(line.substr(5));
     }
     for (const auto& [dumped, dump] : dumps) {
       EXPECT_EQ(dump.value, entries[dumped].value) << dumped;

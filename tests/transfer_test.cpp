@@ -155,11 +155,6 @@ TEST(Transfer, StopsAtTheFirstRefusal) {
   EXPECT_EQ(log.lines(),
             (LogCapture::Lines{
                 {1, "Couldn't allocate ZUL4 record size 80"}, {-1, unknown}, {-1, unknown}}));
-
-  std::string bytes = BytesOf(*Build(ZUL3, {{one}}));
-  const DataBlockPtr readOnly = Wrap(ZUL3, bytes);
-  EXPECT_FALSE(readOnly->Add(target.get()));
-  EXPECT_TRUE(readOnly->Add(NewBlock(ZUL3).get()));
 }
 
 TEST(Transfer, SaysWhatReadOnlyTextDoesNotTake) {
