@@ -1,17 +1,13 @@
-#include <gtest/gtest.h>
+// The order and the arithmetic of items, by the types of both.
 #include <wqdata/items/dataitem.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <sstream>
-#include <string>
 
 #include "support.h"
 
 namespace {
 
-using wqd::CDataItem;
+using namespace wqd;
+using namespace wqd_test;
+using namespace std::string_literals;
 
 constexpr FID kId = 9;
 
@@ -20,36 +16,31 @@ constexpr FID kId = 9;
 /// long, "B:abc" a blob, "E:7" an error item.
 CDataItem Operand(const std::string& text) {
   const char* const value = text.c_str() + 2;
+  const auto number = static_cast<std::int32_t>(std::atoll(value));
+  CDataItem item;
   switch (text[0]) {
     case 'D': return {kId, std::strtod(value, nullptr)};
-    case 'L': return {kId, static_cast<std::int32_t>(std::atoll(value))};
-    case 'I': return {kId, static_cast<std::int16_t>(std::atoi(value))};
-    case 'P': return {kId, wqd::CFixPtNum(value)};
+    case 'L': return {kId, number};
+    case 'I': return {kId, static_cast<std::int16_t>(number)};
+    case 'P': return {kId, CFixPtNum(value)};
     case 'S': return {kId, value, -1};
-    case 'A': return {kId, wqd::CZulDate(value)};
-    case 'T': return {kId, wqd::CZulTime(value)};
-    case 'E': return {kId, static_cast<std::int16_t>(std::atoi(value)), true};
-    default: break;
+    case 'A': return {kId, CZulDate(value)};
+    case 'T': return {kId, CZulTime(value)};
+    case 'V': item.SetVector(kId, &number, 1); return item;
+    case 'B': return {const_cast<char*>(value), static_cast<int>(text.size()) - 2};
+    default: return {kId, static_cast<std::int16_t>(number), true};
   }
-  CDataItem item;
-  const std::int32_t number = std::atoi(value);
-  if (text[0] == 'V') item.SetVector(kId, &number, 1);
-  if (text[0] == 'B') item.Set(const_cast<char*>(value), static_cast<int>(text.size()) - 2);
-  return item;
 }
 
 /// The sign between two items that says what `Compare` and all six operators tell, "!" for no
 /// order.
 std::string Order(CDataItem& left, CDataItem& right) {
-  const bool operators[] = {left == right, left != right, left<right, left <= right, left> right,
-                            left >= right};
-  std::string told;
-  for (const bool is : operators) told += is ? '1' : '0';
+  const std::string told = Holding(left, right);
   switch (left.Compare(right)) {
-    case CMP_EQUAL: return told == "100101" ? "=" : told;
-    case CMP_LESS: return told == "011100" ? "<" : told;
-    case CMP_GREATER: return told == "010011" ? ">" : told;
-    default: return told == "000000" ? "!" : told;
+    case CMP_EQUAL: return told == "=lg" ? "=" : told;
+    case CMP_LESS: return told == "!<l" ? "<" : told;
+    case CMP_GREATER: return told == "!>g" ? ">" : told;
+    default: return told.empty() ? "!" : told;
   }
 }
 
@@ -64,16 +55,6 @@ std::string Shown(CDataItem item) {
   return item.GetId() == 0 ? text : std::string(text) + " under an identifier";
 }
 
-std::string Calculated(CDataItem& left, const std::string& operation, CDataItem& right) {
-  switch (operation[0]) {
-    case '+': return Shown(left + right);
-    case '-': return Shown(left - right);
-    case '*': return Shown(left * right);
-    case '/': return Shown(left / right);
-    default: return Order(left, right);
-  }
-}
-
 /// What a text such as "L:5 + D:1.5" comes to; "?" asks for the order.
 std::string Result(const std::string& text) {
   std::size_t sign = text.find(' ');
@@ -82,102 +63,95 @@ std::string Result(const std::string& text) {
   }
   CDataItem left = Operand(text.substr(0, sign));
   CDataItem right = Operand(text.substr(sign + 3));
-  const int types[] = {left.GetType(), right.GetType()};
-  const std::string result = Calculated(left, text.substr(sign + 1, 1), right);
-  EXPECT_EQ(left.GetType(), types[0]) << text;
-  EXPECT_EQ(right.GetType(), types[1]) << text;
-  return result;
-}
-
-TEST(Compare, TakesEachTypeByTheLeftOne) {
-  const char* const operands[] = {"D:5",          "L:5",     "I:5", "P:5", "S:5",
-                                  "A:01/05/2004", "T:00:05", "V:5", "B:5", "E:5"};
-  // The left operand down, the right one across.
-  const char* const expected[] = {
-      "= = = = = > > > > !",  // D: by number, dates and the like count as missing
-      "> = = > = > > > > !",  // L: doubles and prices have no value as a long
-      "> = = > = > > > > !",  // I
-      "= = = = = > > > > !",  // P
-      "< = = = = > > > > !",  // S: the right one's text is the pattern, "5.0000" of the double
-      "> > > > > = > > > !",  // A: what is no date is the zero date
-      "< = = < = < = < < !",  // T: whole numbers and texts of them are minutes, others missing
-      "! ! ! ! ! ! ! ! ! !", "! ! ! ! ! ! ! ! ! !", "! ! ! ! ! ! ! ! ! !",
-  };
-  for (std::size_t i = 0; i < std::size(operands); ++i) {
-    std::istringstream row(expected[i]);
-    for (const char* const right : operands) {
-      std::string order;
-      row >> order;
-      EXPECT_EQ(Result(std::string(operands[i]) + " ? " + right), order) << operands[i] << right;
-    }
+  switch (text[sign + 1]) {
+    case '+': return Shown(left + right);
+    case '-': return Shown(left - right);
+    case '*': return Shown(left * right);
+    case '/': return Shown(left / right);
+    default: return Order(left, right);
   }
 }
 
+/// A sign for each operand on the right of `left`.
+template <typename Sign>
+std::string SignsOf(const std::string& left, Sign sign) {
+  std::string signs;
+  for (const char* const right :
+       {"D:5", "L:5", "I:5", "P:5", "S:5", "A:01/05/2004", "T:00:05", "V:5", "B:5", "E:5"}) {
+    signs += sign(left, right);
+  }
+  return signs;
+}
+
+TEST(Compare, TakesEachTypeByTheLeftOne) {
+  // D and P by number, dates and the like count as missing; L and I: doubles and prices have no
+  // value as a long; S: the right one's text is the pattern, "5.0000" of the double; A: what is no
+  // date is the zero date; T: whole numbers and texts of them are minutes, others missing.
+  ExpectRows(R"(
+      D:5 => =====>>>>! | L:5 => >==>=>>>>! | I:5 => >==>=>>>>! | P:5 => =====>>>>!
+      S:5 => <====>>>>! | A:01/05/2004 => >>>>>=>>>! | T:00:05 => <==<=<=<<!
+      V:5 => !!!!!!!!!! | B:5 => !!!!!!!!!! | E:5 => !!!!!!!!!!)",
+             [](const std::string& operand) {
+               return SignsOf(operand, [](const std::string& left, const std::string& right) {
+                 return Result(left + " ? " + right);
+               });
+             });
+}
+
 TEST(Compare, KeepsToItsRulesAtTheEdges) {
-  wqd_test::ExpectRows(R"(
-    D:1 ? D:1.0000001 => <      | D:nan ? D:1 => <            | D:1 ? D:nan => <
-    D:nan ? D:nan => <          | D:-0.0 ? D:0 => =           | D:5 ? S:abc => >
-    P:1 1/8 ? D:1.125 => =      | P:1 ? P:1.0 => =            | D:0.5 ? S:1/2 => =
-    L:5 ? D:5.0 => >            | D:5.0 ? L:5 => =            | L:-7 ? L:7 => <
-    L:12 ? S:12abc => =         | L:2147483647 ? I:-1 => >    | L:-2147483647 ? D:1 => >
-    I:1 ? L:65537 => =          | I:0 ? L:65535 => >          | I:-32767 ? D:1 => >
-    S:abc ? S:a* => =           | S:abc ? S:a?c => =          | S:a* ? S:abc => <
-    S:abc ? S:ab => >           | S:ab ? S:abc => <           | S: ? S: => =
-    S:1.5000 ? D:1.5 => =       | S:1.5 ? D:1.5 => <          | S: ? V:5 => =
-    S:N/B ? S:N/A* => >         | S:x ? S:N/A => !            | S:7 ? L:7 => =
-    A:01/05/2004 ? S:2004-01-06 => <          | A:12/31/2003 ? A:01/01/2004 => <
-    A:02/01/2004 ? A:01/31/2004 => >          | A:01/05/2004 ? L:20040105 => >
-    T:09:30 ? L:570 => =        | T:09:30 ? S:09:30:01 => <   | T:09:31 ? I:570 => >
-    E:1 ? E:1 => !              | L:-2147483648 ? L:1 => !    | L:1 ? E:2 => !
-    V:5 ? V:5 => !              | B:abc ? S:abc => !
-  )",
-                       Result);
+  ExpectRows(R"(
+      D:1 ? D:1.0000001 => <      | D:nan ? D:1 => <            | D:1 ? D:nan => <
+      D:nan ? D:nan => <          | D:-0.0 ? D:0 => =           | D:5 ? S:abc => >
+      P:1 1/8 ? D:1.125 => =      | P:1 ? P:1.0 => =            | D:0.5 ? S:1/2 => =
+      L:5 ? D:5.0 => >            | D:5.0 ? L:5 => =            | L:-7 ? L:7 => <
+      L:12 ? S:12abc => =         | L:2147483647 ? I:-1 => >    | L:-2147483647 ? D:1 => >
+      I:1 ? L:65537 => =          | I:0 ? L:65535 => >          | I:-32767 ? D:1 => >
+      S:abc ? S:a* => =           | S:abc ? S:a?c => =          | S:a* ? S:abc => <
+      S:abc ? S:ab => >           | S:ab ? S:abc => <           | S: ? S: => =
+      S:1.5000 ? D:1.5 => =       | S:1.5 ? D:1.5 => <          | S: ? V:5 => =
+      S:N/B ? S:N/A* => >         | S:x ? S:N/A => !            | S:7 ? L:7 => =
+      A:01/05/2004 ? S:2004-01-06 => <          | A:12/31/2003 ? A:01/01/2004 => <
+      A:02/01/2004 ? A:01/31/2004 => >          | A:01/05/2004 ? L:20040105 => >
+      T:09:30 ? L:570 => =        | T:09:30 ? S:09:30:01 => <   | T:09:31 ? I:570 => >
+      E:1 ? E:1 => !              | L:-2147483648 ? L:1 => !    | L:1 ? E:2 => !
+      V:5 ? V:5 => !              | B:abc ? S:abc => !)",
+             Result);
   CDataItem fresh;
   CDataItem vector = Operand("V:5");
   EXPECT_EQ(Order(fresh, fresh) + Order(vector, vector), "!!");
 }
 
 TEST(Arithmetic, PromotesEachPairOfTypes) {
-  const char* const left[] = {"D:7",          "L:7",     "I:7", "P:7", "S:7",
-                              "A:01/05/2004", "T:00:05", "V:7", "B:7", "E:7"};
-  const char* const right[] = {"D:2",          "L:2",     "I:2", "P:2", "S:2",
-                               "A:01/05/2004", "T:00:05", "V:2", "B:2", "E:2"};
-  // L for a long, D for a double, E for the error item; the left operand down.
-  const std::string expected[] = {"DDDDDEEEEE", "DLLDDEEEEE", "DLLDDEEEEE", "DDDDDEEEEE",
-                                  "DDDDDEEEEE", "EEEEEEEEEE", "EEEEEEEEEE", "EEEEEEEEEE",
-                                  "EEEEEEEEEE", "EEEEEEEEEE"};
-  const auto results = [](char type) -> std::string {
-    if (type == 'L') return "L:9 L:5 L:14 L:3";
-    return type == 'D' ? "D:9 D:5 D:14 D:3.5" : "E:2 E:2 E:2 E:2";
+  // L for a long, D for a double, E for the error item.
+  const auto type = [](const std::string& left, const std::string& right) {
+    std::string results;
+    for (const char* sign : {" + ", " - ", " * ", " / "}) results += Result(left + sign + right);
+    if (results == "L:10L:0L:25L:1") return "L"s;
+    if (results == "D:10D:0D:25D:1") return "D"s;
+    return results == "E:2E:2E:2E:2" ? "E" : results;
   };
-  for (std::size_t i = 0; i < std::size(left); ++i) {
-    for (std::size_t j = 0; j < std::size(right); ++j) {
-      const auto result = [&](const char* sign) {
-        return Result(std::string(left[i]) + ' ' + sign + ' ' + right[j]);
-      };
-      EXPECT_EQ(result("+") + ' ' + result("-") + ' ' + result("*") + ' ' + result("/"),
-                results(expected[i][j]))
-          << left[i] << ' ' << right[j];
-    }
-  }
+  ExpectRows(R"(
+      D:5 => DDDDDEEEEE | L:5 => DLLDDEEEEE | I:5 => DLLDDEEEEE | P:5 => DDDDDEEEEE
+      S:5 => DDDDDEEEEE | A:01/05/2004 => EEEEEEEEEE | T:00:05 => EEEEEEEEEE
+      V:5 => EEEEEEEEEE | B:5 => EEEEEEEEEE | E:5 => EEEEEEEEEE)",
+             [type](const std::string& operand) { return SignsOf(operand, type); });
 }
 
 TEST(Arithmetic, WrapsTruncatesAndRefuses) {
-  wqd_test::ExpectRows(R"(
-    L:2147483647 + L:2 => L:-2147483647        | L:2147483647 + L:1 => E:2
-    L:-2147483647 - I:2 => L:2147483647        | L:-2147483647 - I:1 => E:2
-    L:65536 * L:65537 => L:65536               | L:65536 * L:32768 => E:2
-    L:2147483647 * L:2147483647 => L:1         | I:32767 * I:32767 => L:1073676289
-    L:7 / L:2 => L:3      | L:-7 / L:2 => L:-3 | L:-2147483647 / L:-1 => L:2147483647
-    L:1 / L:0 => E:2      | I:1 / I:0 => E:2   | L:1 / D:0 => E:2    | L:1 / S:abc => E:2
-    D:1 / D:-0.0 => E:2   | D:1 / P:0 => E:2   | D:1 / L:0 => E:2    | D:0 / D:0 => E:2
-    D:1 / D:nan => D:nan  | D:1e308 * L:10 => D:inf                  | D:7 / L:2 => D:3.5
-    D:-99999999 - D:1 => E:2                   | D:-99999999 - D:1.02 => D:-1e+08
-    S:12.5 + L:1 => D:13.5 | S:abc + L:1 => D:1 | S:12 + S:3 => D:15  | S:1 1/2 * S:^16 => D:0.75
-    P:1 1/8 + P:1 1/8 => D:2.25                | A:01/05/2004 + L:1 => E:2
-    E:7 + L:1 => E:2      | L:1 + E:7 => E:2   | S:12/31/2004 + L:1 => E:2
-  )",
-                       Result);
+  ExpectRows(R"(
+      L:2147483647 + L:2 => L:-2147483647        | L:2147483647 + L:1 => E:2
+      L:-2147483647 - I:2 => L:2147483647        | L:-2147483647 - I:1 => E:2
+      L:65536 * L:65537 => L:65536               | L:65536 * L:32768 => E:2
+      L:2147483647 * L:2147483647 => L:1         | I:32767 * I:32767 => L:1073676289
+      L:7 / L:2 => L:3      | L:-7 / L:2 => L:-3 | L:-2147483647 / L:-1 => L:2147483647
+      L:1 / L:0 => E:2      | I:1 / I:0 => E:2   | L:1 / D:0 => E:2    | L:1 / S:abc => E:2
+      D:1 / D:-0.0 => E:2   | D:1 / P:0 => E:2   | D:1 / L:0 => E:2    | D:0 / D:0 => E:2
+      D:1 / D:nan => D:nan  | D:1e308 * L:10 => D:inf                  | D:7 / L:2 => D:3.5
+      D:-99999999 - D:1 => E:2                   | D:-99999999 - D:1.02 => D:-1e+08
+      S:12.5 + L:1 => D:13.5 | S:abc + L:1 => D:1 | S:12 + S:3 => D:15  | S:1 1/2 * S:^16 => D:0.75
+      P:1 1/8 + P:1 1/8 => D:2.25                | A:01/05/2004 + L:1 => E:2
+      E:7 + L:1 => E:2      | L:1 + E:7 => E:2   | S:12/31/2004 + L:1 => E:2)",
+             Result);
 }
 
 }  // namespace

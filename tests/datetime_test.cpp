@@ -37,10 +37,8 @@ TEST(Dates, AddAgreesWithAWalkDayByDay) {
   const auto within = [&random](int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random);
   };
-  for (int i = 0; i < 30000; ++i) {
-    const bool wild = i % 3 == 0;  // days and months that no calendar has
-    const CZulDate from(wild ? within(-30, 40) : within(1, 12),
-                        wild ? within(-70, 100) : within(1, 31),
+  for (int i = 0; i < 30000; ++i) {  // days and months that no calendar has are among them
+    const CZulDate from(within(-8, 21), within(-20, 50),
                         i % 5 == 0 ? within(-9, 105) : within(1890, 2110));
     const int days = i % 2 == 0 ? within(-60, 60) : within(-4000, 4000);
     ASSERT_EQ(Shown(from.Add(days)), Shown(Walked(from, days))) << Shown(from) << " + " << days;
@@ -67,26 +65,20 @@ TEST(Dates, NumbersAgreeWithTheStandardCalendarFrom1970To2099) {
   using namespace std::chrono;
   for (int n = 1; n <= 47482; ++n) {
     const year_month_day day{sys_days{days{n - 1}}};
-    const int y = int{day.year()};
-    const int m = static_cast<int>(unsigned{day.month()});
-    const int d = static_cast<int>(unsigned{day.day()});
-    ASSERT_EQ(DateToInt(m, d, y), n);
-    ASSERT_EQ(Shown(IntToDate(n)), Shown({m, d, y})) << n;
-    ASSERT_EQ(DayOfWeek(m, d, y), static_cast<int>(weekday{sys_days{day}}.c_encoding())) << n;
+    const CZulDate date = IntToDate(n);
+    ASSERT_EQ(month(unsigned(date.Month())) / date.Day() / date.Year(), day) << n;
+    ASSERT_EQ(int{date}, n);
+    ASSERT_EQ(unsigned(date.DayOfWeek()), weekday{sys_days{day}}.c_encoding()) << n;
   }
   EXPECT_EQ(DateToInt(1, 1, 2100) + DateToInt(12, 31, 1969), 0);
-  for (const int n : {47483, 100'000, 4'000'000}) {  // the same rule goes on
-    EXPECT_EQ(Shown(IntToDate(n)), Shown(Walked({1, 1, 1970}, n - 1))) << n;
-  }
-  EXPECT_EQ(Shown(IntToDate(0)), "1/0/1970");
+  EXPECT_EQ(Shown(IntToDate(47483)) + " " + Shown(IntToDate(0)), "1/1/2100 1/0/1970");
   EXPECT_EQ(Shown(IntToDate(INT32_MIN)), "1/-2147483648/1970");
   EXPECT_EQ(Shown(IntToDate(INT32_MAX)), "10/17/5881459");
 }
 
 TEST(Dates, PlainFunctionsAnswerForBadNumbersToo) {
   EXPECT_TRUE(IsLeap(2100) == 1 && IsLeap(-4) == 1 && IsLeap(-1) == 0);
-  EXPECT_EQ(DaysInMonth(2, 2100), 29);
-  for (const int month : {INT32_MIN, -1, 0, 13, INT32_MAX}) {
+  for (const int month : {INT32_MIN, 0, 13, INT32_MAX}) {
     EXPECT_EQ(DaysInMonth(month, 2000) + DateToInt(month, 1, 2000), 0) << month;
     EXPECT_STREQ(MonthName(month), "N/A") << month;
   }
@@ -96,50 +88,42 @@ TEST(Dates, PlainFunctionsAnswerForBadNumbersToo) {
   for (int day = -20; day < 0; ++day) {  // a week has seven days on either side of day number 0
     EXPECT_EQ(DayOfWeek(1, day, 1970), (DayOfWeek(1, day + 70, 1970))) << day;
   }
-  EXPECT_LE(static_cast<unsigned>(DayOfWeek(1, INT32_MIN, 2099)), 6u);
-  EXPECT_LE(static_cast<unsigned>(DayOfWeek(1, INT32_MAX, 2099)), 6u);
-}
-
-/// What a date holds after a scan, with a "?" where the scan says that it is no valid one.
-std::string Scanned(const std::string& text) {
-  CZulDate date(7, 7, 2007);
-  const bool valid = date.Scan(text.c_str());
-  return Shown(date) + (valid ? "" : "?");
+  EXPECT_LE(unsigned(DayOfWeek(1, INT32_MIN, 2099) | DayOfWeek(1, INT32_MAX, 2099)), 7u);
 }
 
 TEST(Dates, AreScannedFromTheirTwoFormsAndNoOther) {
+  // What a date holds then, with a "?" where the scan says that it is no valid one.
+  const auto scanned = [](const std::string& text) {
+    CZulDate date(7, 7, 2007);
+    const bool valid = date.Scan(text.c_str());
+    return Shown(date) + (valid ? "" : "?");
+  };
   EXPECT_FALSE(CZulDate().Scan(nullptr));
-  EXPECT_EQ(Scanned(""), "0/0/0?");
   ExpectRows(R"(
       02/29/2000 => 2/29/2000 | 02/29/2001 => 2/29/2001? | 2004-01-15 => 1/15/2004
-      2004/1/15 => 1/15/2004 | 12-01-15 => 12/1/2015 | 12/31/36 => 12/31/2036?
+      1970/1/1 => 1/1/1970 | 12-01-15 => 12/1/2015 | 12/31/36 => 12/31/2036?
       ~1/~2/ 3 and more => 1/2/2003 | +1/+2/+70 => 1/2/1970 | 1/2/-5 => 1/2/-5?
       12--1-5 => 12/-1/2005? | 2035-12-31 => 12/31/2035 | 1/0/2000 => 1/0/2000?
-      1/2/99999999999 => 1/2/2147483647?)",
-             Scanned);
-  ExpectAll("2036-01-01 | 13/01/2000 | 1969-01-01 | 0/0/0 | 1/2 | 1/2-3 | 1 /2/3 | N/A", Scanned,
+      1/2/99999999999 => 1/2/2147483647? | => 0/0/0?)",
+             scanned);
+  ExpectAll("2036-01-01 | 13/01/2000 | 1969-01-01 | 0/0/0 | 1/2 | 1/2-3 | 1 /2/3 | N/A", scanned,
             "0/0/0?");
 }
 
 TEST(Dates, OfTwoDigitYearsMoveToTheWindow) {
-  const std::pair<int, int> cases[] = {{99, 1999}, {70, 1970}, {69, 2069}, {0, 2000}, {100, 100}};
-  for (const auto& [given, held] : cases) {
-    EXPECT_EQ(CZulDate(1, 1, given).Year(), held) << given;
-    EXPECT_EQ(CZulDate(ZULDATE{1, 1, static_cast<std::uint16_t>(given)}).Year(), held) << given;
-  }
-  EXPECT_EQ(CZulDate(1, 1, -1).Year(), -1);
+  const std::pair<int, int> cases[] = {{99, 1999}, {70, 1970}, {69, 2069},
+                                       {0, 2000},  {100, 100}, {-1, -1}};
+  for (const auto& [given, held] : cases) EXPECT_EQ(CZulDate(1, 1, given).Year(), held) << given;
   EXPECT_EQ(Shown(CZulDate(1, 0, 0)) + Shown(CZulDate(0, 0, 0)), "1/0/20000/0/0");
-  EXPECT_EQ(Shown(CZulDate(ZULDATE{-1, -2, 65535})), "-2/-1/65535");
-  const ZULDATE packed = CZulDate(257, 258, 65537);
-  EXPECT_TRUE(packed.month == 1 && packed.day == 2 && packed.year == 1);
+  EXPECT_EQ(Shown(CZulDate(ZULDATE{-1, -2, 70})), "-2/-1/1970");
+  EXPECT_EQ(Shown(CZulDate(ZULDATE(CZulDate(257, 258, 65537 + 99)))), "1/2/100");
 }
 
 TEST(Dates, CompareAndSubtract) {
   CZulDate early(1, 31, 2004);
   const CZulDate late(2, 1, 2004);
   EXPECT_TRUE(early.Compare(late) == -1 && late.Compare(early) == 1);
-  EXPECT_TRUE(early < late && early <= late && late > early && late >= early && early == early);
-  EXPECT_FALSE(late < early || late <= early || early > late || early >= late || early == late);
+  EXPECT_EQ(Holding(early, late) + Holding(late, early) + Holding(late, late), "!<l!>g=lg");
   EXPECT_TRUE(late - early == 1 && late - CZulDate(1, 1, 2100) == static_cast<int>(late));
   EXPECT_EQ(Shown(++early), "2/1/2004");
   EXPECT_EQ(Shown(--early), "1/31/2004");
@@ -148,11 +132,9 @@ TEST(Dates, CompareAndSubtract) {
 TEST(DatesAndTimes, PrintByTheRuleOfTheBuffer) {
   char text[64];
   std::memset(text, '#', sizeof text);
-  EXPECT_TRUE(CZulDate(2, 9, 2004).Print(text, 9) < 0 &&
-              CZulDate(2, 9, 2004).Print(text, 10) == 10);
+  const CZulDate date(2, 9, 2004);
+  EXPECT_TRUE(date.Print(text, 9) < 0 && date.Print(text, 10) == 10);
   EXPECT_EQ(std::string(text, 11), "02/09/2004#");
-  CZulDate().Print(text, sizeof text);
-  EXPECT_STREQ(text, "00/00/0");
   EXPECT_EQ(CZulDate(INT32_MIN, INT32_MIN, INT32_MIN).Print(text, sizeof text), 35);
   EXPECT_STREQ(text, "-2147483648/-2147483648/-2147483648");
   for (const auto& [seconds, printed] :
@@ -175,7 +157,6 @@ TEST(Times, AreScannedAndNoTextFails) {
 }
 
 TEST(Times, WrapWithinADayWhenAddedToAndOnlyThen) {
-  EXPECT_EQ(CZulTime(25, 0, 0).Hour(), 25);
   const auto wrapped = [](std::int64_t sum) { return (sum % 86400 + 86400) % 86400; };
   for (const int seconds : {INT32_MIN, -86401, -86400, -1, 0, 86399, 86400, INT32_MAX}) {
     for (const int added : {INT32_MIN, -1, 0, 1, INT32_MAX}) {
@@ -190,10 +171,8 @@ TEST(Times, WrapWithinADayWhenAddedToAndOnlyThen) {
 }
 
 TEST(Times, SurviveTheirRecord) {
-  for (int seconds = 0; seconds < 86400; ++seconds) {
-    ASSERT_EQ(static_cast<int>(CZulTime(static_cast<ZULTIME>(CZulTime(seconds)))), seconds);
-  }
-  EXPECT_EQ(static_cast<ZULTIME>(CZulTime(139439)).minutes, MISSING_TIME_MINUTES);
+  const ZULTIME record = CZulTime(139439);
+  EXPECT_TRUE(record.minutes == MISSING_TIME_MINUTES && record.seconds == 59);
   EXPECT_EQ(static_cast<int>(CZulTime(ZULTIME{65535, 65535})), 65535 * 61);
 }
 
@@ -208,7 +187,8 @@ TEST(Times, OfAnIntervalIncludeItsStartAndMayPassMidnight) {
 }
 
 TEST(SystemTime, BecomesSecondsOfTheSameClock) {
-  const SYSTEMTIME reading = {2004, 2, 0, 29, 23, 59, 58, 999}, none = {};
+  const SYSTEMTIME reading = {2004, 2, 0, 29, 23, 59, 58, 999};
+  const SYSTEMTIME none = {};
   EXPECT_EQ(SystemTimeToTimeT(&reading), 1078099198);
   EXPECT_EQ(SystemTimeToTimeT(&none), -86400);
   EXPECT_TRUE(Today().IsValid()) << Shown(Today());

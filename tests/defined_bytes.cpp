@@ -25,9 +25,8 @@ bool Fill(CDataBlock& block, bool vectors) {
     done = done && block.StartRecord() && HandOut(block);
     for (int i = 0; i < 30; ++i) {
       const Field field = RandomField(random);
-      if (vectors || !IsVector(field.type)) {
-        done = done && Add(block, field, kRoads[i % 3]);
-      }
+      const bool fits = vectors || !IsVector(field.type);
+      done = done && (!fits || Add(block, field, kRoads[i % 3]));
     }
     done = done && block.EndRecord();
   }
@@ -39,8 +38,7 @@ bool Fill(CDataBlock& block, bool vectors) {
 int main() {
   bool done = true;
   for (const cf_id format : {TEXT, CSV, ZUL3, ZUL4}) {
-    const DataBlockPtr block = NewBlock(format);
-    done = done && Fill(*block, format == ZUL3 || format == ZUL4);
+    done = done && Fill(*NewBlock(format), format == ZUL3 || format == ZUL4);
   }
   const std::unique_ptr<char[]> buffer(new char[1 << 20]);
   const DataBlockPtr fixed(CDataBlock::FixedSizeDataBlock(ZUL4, buffer.get(), 1 << 20));

@@ -46,6 +46,7 @@ struct Field {
   }
 };
 using Fields = std::vector<Field>;
+using Records = std::vector<Fields>;
 
 inline std::ostream& operator<<(std::ostream& out, const Field& field) {
   return out << "type " << field.type << ", id " << field.id << ", base code " << field.baseCode
@@ -161,21 +162,16 @@ inline Field VectorOf(int type, std::uint32_t count) {
 
 /// A field of random type, identifier and value. It is no missing one.
 inline Field RandomField(std::mt19937& random) {
+  constexpr std::uint16_t kBaseCodes[] = {0, 3, 8, 15, 18, 101, 104, 109};
   const auto below = [&random](unsigned bound) { return static_cast<unsigned>(random() % bound); };
   Field field{kFieldTypes[below(std::size(kFieldTypes))], static_cast<FID>(random()), {}};
-  const bool text = WidthOf(field.type) == 1;
-  const std::size_t count = IsVector(field.type) || text ? below(below(8) == 0 ? 700 : 12) : 1;
+  const bool many = IsVector(field.type) || field.type == TYPE_STRING;
+  const std::size_t count = many ? below(below(8) == 0 ? 700 : 12) : 1;
   for (std::size_t i = 0; i < count * WidthOf(field.type); ++i) {
-    field.bytes += static_cast<char>(text ? 1 + below(255) : below(256));
+    field.bytes += static_cast<char>(1 + below(255));  // each marker has a byte 0
   }
-  constexpr std::uint16_t kBaseCodes[] = {0, 3, 8, 15, 18, 101, 104, 109};
-  const ZULDATE date = IntToDate(static_cast<int>(1 + below(40000)));
   const ZULTIME time = wqd::CZulTime(static_cast<int>(below(86400)));
-  if (field.type == TYPE_DOUBLE) field.bytes = ValueBytes(static_cast<double>(random()) / 7 - 1e8);
-  if (field.type == TYPE_DATE) field.bytes = ValueBytes(date);
   if (field.type == TYPE_TIME) field.bytes = ValueBytes(time);
-  const bool marked = field.type == TYPE_LONG || field.type == TYPE_INT || field.type == TYPE_LPACK;
-  if (marked) field.bytes[0] = '\1';  // the marker's is 0
   if (field.type == TYPE_LPACK) field.baseCode = kBaseCodes[below(8)];
   if (field.type == TYPE_VECTOR_LPACK) field.baseCode = static_cast<std::uint16_t>(random());
   if (field.type != TYPE_VECTOR_STRING) return field;
@@ -183,8 +179,24 @@ inline Field RandomField(std::mt19937& random) {
   return field;
 }
 
-inline std::vector<Fields> Read(wqd::CDataBlock& block) {
-  std::vector<Fields> records;
+/// The field of a missing value.
+inline Field Missing(FID id) { return {TYPE_ERROR, id, ValueBytes(std::int16_t{2})}; }
+
+/// Records of random fields, some of them missing; all as long as each other, or of any length.
+inline Records RandomRecords(std::mt19937& random, bool uniform) {
+  Records records(1 + random() % 5);
+  const std::size_t common = 1 + random() % 8;
+  for (Fields& record : records) {
+    record.resize(uniform ? common : random() % 9);
+    for (Field& field : record) {
+      field = random() % 8 == 0 ? Missing(static_cast<FID>(random())) : RandomField(random);
+    }
+  }
+  return records;
+}
+
+inline Records Read(wqd::CDataBlock& block) {
+  Records records;
   for (bool more = block.FirstRecord(); more; more = block.NextRecord()) {
     Fields& fields = records.emplace_back();
     for (bool field = block.FirstField(); field; field = block.NextField()) {
@@ -199,7 +211,18 @@ inline std::vector<Fields> Read(wqd::CDataBlock& block) {
   return records;
 }
 
-/// A block around `bytes`.
+/// A block of these records, which is not closed.
+inline wqd::DataBlockPtr Build(cf_id format, const Records& records, Road road = Road::kDirect) {
+  wqd::DataBlockPtr block = NewBlock(format);
+  for (const Fields& record : records) {
+    EXPECT_TRUE(block->StartRecord());
+    for (const Field& field : record) EXPECT_TRUE(Add(*block, field, road)) << field;
+    EXPECT_TRUE(block->EndRecord());
+  }
+  return block;
+}
+
+/// A read-only block around `bytes`, which outlive it.
 inline wqd::DataBlockPtr Wrap(cf_id format, std::string& bytes) {
   const auto size = static_cast<int>(bytes.size());
   return wqd::DataBlockPtr(wqd::CDataBlock::NewDataBlock(format, bytes.data(), size));

@@ -89,22 +89,10 @@ inline std::string TextOf(ZULTIME time) {
 
 /// What a field means, in the words of the data files but for its identifier.
 inline std::string Meaning(const Field& field) {
-  static const std::map<int, std::string> names = {{TYPE_DOUBLE, "double"},
-                                                   {TYPE_VECTOR_DOUBLE, "doubles"},
-                                                   {TYPE_LONG, "long"},
-                                                   {TYPE_VECTOR_LONG, "longs"},
-                                                   {TYPE_INT, "int"},
-                                                   {TYPE_VECTOR_INT, "ints"},
-                                                   {TYPE_LPACK, "lpack"},
-                                                   {TYPE_VECTOR_LPACK, "lpacks"},
-                                                   {TYPE_STRING, "string"},
-                                                   {TYPE_VECTOR_DATE, "dates"},
-                                                   {TYPE_DATE, "date"},
-                                                   {TYPE_VECTOR_TIME, "times"},
-                                                   {TYPE_TIME, "time"},
-                                                   {TYPE_ERROR, "error"},
-                                                   {TYPE_VECTOR_STRING, "strings"}};
-  std::string text = names.at(field.type);
+  constexpr const char* kNames[] = {
+      "",      "double",  "long",  "int",  "", "lpack",  "string",  "date",  "time", "",
+      "empty", "doubles", "longs", "ints", "", "lpacks", "strings", "dates", "times"};
+  std::string text = field.type == TYPE_ERROR ? "error" : kNames[field.type];
   const std::string& bytes = field.bytes;
   if (field.type == TYPE_STRING) {
     if (!bytes.empty()) text += ' ';

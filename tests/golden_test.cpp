@@ -8,14 +8,10 @@ namespace {
 using namespace wqd;
 using namespace wqd_test;
 
-std::string WholeBlock(cf_id format, const Golden& entry) {
-  return entry.kind == "block" ? entry.bytes : BlockOf(format, {{entry.bytes}});
-}
-
 /// The values as the data files write them.
-std::string ValueOf(const std::vector<Fields>& records) {
+std::string ValueOf(const Records& records) {
   std::string text;
-  for (const auto& record : records) {
+  for (const Fields& record : records) {
     if (&record != records.data()) text += " /";
     for (const Field& field : record) {
       if (!text.empty()) text += &field == record.data() ? " " : " ; ";
@@ -25,24 +21,13 @@ std::string ValueOf(const std::vector<Fields>& records) {
   return text;
 }
 
-std::string Written(cf_id format, const std::vector<Fields>& records, Road road) {
-  const DataBlockPtr block = NewBlock(format);
-  for (const auto& record : records) {
-    EXPECT_TRUE(block->StartRecord());
-    for (const Field& field : record) EXPECT_TRUE(Add(*block, field, road)) << field;
-    EXPECT_TRUE(block->EndRecord());
-  }
-  EXPECT_TRUE(block->Close());
-  return Hex(BytesOf(*block));
-}
-
 TEST(Golden, BytesReadAsTheValueAndTheValueIsWrittenAsTheBytes) {
   for (const cf_id format : kBinaryFormats) {
     int values = 0, refused = 0;
     for (const Golden& entry : GoldenEntries(format)) {
       if (entry.kind == "count") continue;
       SCOPED_TRACE(CfName(format) + (' ' + entry.name + ": " + Hex(entry.bytes)));
-      std::string bytes = WholeBlock(format, entry);
+      std::string bytes = entry.kind == "block" ? entry.bytes : BlockOf(format, {{entry.bytes}});
       const DataBlockPtr block = Wrap(format, bytes);
       if (entry.kind == "none") {  // is no field, and leaves the item alone
         CDataItem item(FID{5}, std::int32_t{6});
@@ -58,7 +43,9 @@ TEST(Golden, BytesReadAsTheValueAndTheValueIsWrittenAsTheBytes) {
       EXPECT_EQ(ValueOf(records), entry.value);
       for (const Road road : kRoads) {
         if (entry.kind == "read") continue;
-        EXPECT_EQ(Written(format, records, road), Hex(bytes)) << "road " << static_cast<int>(road);
+        const DataBlockPtr written = Build(format, records, road);
+        EXPECT_TRUE(written->Close());
+        EXPECT_EQ(Hex(BytesOf(*written)), Hex(bytes)) << "road " << int(road);
       }
       ++values;
     }
@@ -74,17 +61,17 @@ TEST(Golden, ThePageShowsTheseBytes) {
     for (const Golden& entry : GoldenEntries(format)) entries[entry.name] = entry;
     std::ifstream page(WQDATA_SOURCE_DIR "/docs/formats.md");
     bool fenced = false;
-    Golden head;
+    std::string name, value;
     std::set<char> types;
     for (std::string line; std::getline(page, line);) {
       if (line.starts_with("```")) fenced = !fenced;
       const std::size_t bar = line.find(" | ");
-      if (bar != std::string::npos) head = {"", line.substr(0, bar), line.substr(bar + 3), ""};
-      const std::string tag = line.substr(0, 5);
-      const bool own = tag == "both " || tag == (format == ZUL3 ? "zul3 " : "zul4 ");
+      if (bar != std::string::npos) name = line.substr(0, bar), value = line.substr(bar + 3);
+      const bool own =
+          line.starts_with("both ") || line.starts_with(format == ZUL3 ? "zul3 " : "zul4 ");
       if (!fenced || !own) continue;
-      dumps[head.name].value = head.value;
-      dumps[head.name].bytes += BytesOfHex(line.substr(5));
+      dumps[name].value = value;
+      dumps[name].bytes += BytesOfHex(line.substr(5));
     }
     for (const auto& [dumped, dump] : dumps) {
       EXPECT_EQ(dump.value, entries[dumped].value) << dumped;

@@ -1,18 +1,14 @@
-#include <gtest/gtest.h>
+// Patterns, texts in buffers, and files by their names.
+#include <unistd.h>
 #include <wqdata/textsupport/helpers.h>
 
-#include <unistd.h>
-#include <algorithm>
 #include <chrono>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
 
 #include "support.h"
 
 namespace {
 
+using namespace wqd_test;
 namespace fs = std::filesystem;
 
 TEST(Helpers, MatchPatternOrdersTexts) {
@@ -21,20 +17,19 @@ TEST(Helpers, MatchPatternOrdersTexts) {
     const std::string pattern = both.substr(bar + 1);
     return std::to_string(MatchPattern(both.substr(0, bar).c_str(), pattern.c_str()));
   };
-  wqd_test::ExpectRows(R"(
+  ExpectRows(R"(
     abc/abc => 0  | abc/ab => 99  | ab/abc => -99 | abc/a?c => 0  | ab/ab? => -63 | abc/a*z => 0
     /* => 0       | / => 0        | /? => -63     | abc/b* => -1  | b/a* => 1     | a*/abc => -56
     a?/ab => -35  | ?/? => 0      | a/ => 97      | /a => -97     | ab/* => 0     | abc/?* => 0
     ab/ab* => 0   | ab/b? => -1
   )",
-                       match);
+             match);
   EXPECT_EQ(MatchPattern("\xff", "a"), -1 - 'a');
   EXPECT_EQ(MatchPattern("a", "\x80"), 'a' + 128);
   EXPECT_EQ(MatchPattern(nullptr, "a") + MatchPattern(nullptr, nullptr), -'a');
   EXPECT_EQ(MatchPattern("b", nullptr), 'b');
-  wqd_test::ExpectRows(
-      "abc? => 3 | abc => -1 | *a => 0 | a?* => 1 | => -1",
-      [](const std::string& text) { return std::to_string(FindWildCard(text.c_str())); });
+  ExpectRows("abc? => 3 | abc => -1 | *a => 0 | a?* => 1 | => -1",
+             [](const std::string& text) { return std::to_string(FindWildCard(text.c_str())); });
   EXPECT_EQ(FindWildCard(nullptr), -1);
 }
 
@@ -62,22 +57,19 @@ TEST(Helpers, CopiesAndTrimsInPlace) {
 TEST(Helpers, GetFileModTimeCountsFrom1970) {
   const fs::path path = fs::temp_directory_path() / ("wqdata-" + std::to_string(getpid()));
   std::ofstream(path) << "a";
-  const auto changedAt = [&path](std::int64_t seconds) -> std::string {
-    const std::chrono::sys_time<std::chrono::milliseconds> time(
-        std::chrono::milliseconds(seconds * 1000 + 900));
-    fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
-    std::int32_t told = 7;
-    return GetFileModTime(path.c_str(), &told) ? std::to_string(told)
-                                               : "no, " + std::to_string(told);
-  };
-  EXPECT_EQ(changedAt(1'000'000'000), "1000000000");
-  EXPECT_EQ(changedAt(-1), "-1");
-  EXPECT_EQ(changedAt(2147483647), "2147483647");
-  EXPECT_EQ(changedAt(2147483648), "no, 7");
-  fs::remove(path);
   std::int32_t seconds = 7;
-  EXPECT_FALSE(GetFileModTime(path.c_str(), &seconds) || GetFileModTime(nullptr, &seconds));
-  EXPECT_FALSE(GetFileModTime("/", nullptr));
+  const std::pair<std::int64_t, std::int32_t> cases[] = {
+      {1'000'000'000, 1'000'000'000}, {-1, -1}, {2147483647, 2147483647}, {2147483648, 7}};
+  for (const auto& [changed, told] : cases) {
+    const std::chrono::sys_time time(std::chrono::milliseconds(changed * 1000 + 900));
+    fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
+    seconds = 7;
+    EXPECT_EQ(GetFileModTime(path.c_str(), &seconds), told != 7) << changed;
+    EXPECT_EQ(seconds, told);
+  }
+  fs::remove(path);
+  EXPECT_FALSE(GetFileModTime(path.c_str(), &seconds) || GetFileModTime(nullptr, &seconds) ||
+               GetFileModTime("/", nullptr));
   EXPECT_EQ(seconds, 7);
 }
 
@@ -101,14 +93,14 @@ std::string FileName(const std::string& parts, int size) {
 TEST(Helpers, GetZulFileNameCompletesThePath) {
   const fs::path before = fs::current_path();
   fs::current_path("/usr/bin");
-  wqd_test::ExpectRows(R"(
+  ExpectRows(R"(
     /data;daily;prices.dat => /data/daily/prices.dat    | /data/;/daily//;./a => /data/daily/a
     data;daily;a => /usr/bin/data/daily/a               | ..;x;../a => /usr/a
     ;x;0 => /usr/bin/x   | 0;x; => /usr/bin/x           | 0;;a => /usr/bin/a
     0;0;a => /usr/bin/a  | /data;0;a => /usr/bin/a      | 0;0;/a/./b/../c => /a/c
     0;0;0 => /usr/bin    | 0;;0 => /usr/bin             | 0;0;/.. => /
   )",
-                       [](const std::string& parts) { return FileName(parts, 100); });
+             [](const std::string& parts) { return FileName(parts, 100); });
   EXPECT_EQ(FileName("/a;b;c", 7), "/a/b/c");
   EXPECT_EQ(FileName("/a;b;c", 6), "");
   EXPECT_EQ(FileName("0;0;/a/b/c", 7), "/a/b/c");

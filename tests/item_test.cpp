@@ -1,3 +1,4 @@
+// What items of numbers and texts hold and print.
 #include <wqdata/items/dataitem.h>
 
 #include <cfloat>
@@ -24,52 +25,10 @@ std::string by_snprintf(double value) {
   return text;
 }
 
-/// Type, size, what the conversions to byte, short, long, double and text give, and the rest.
-std::string converted(CDataItem item) {
-  const bool integral = item.GetType() == TYPE_LONG || item.GetType() == TYPE_INT;
-  EXPECT_TRUE(item.GetLength() == item.GetSize() && item.IsIntegralType() == integral &&
-              item.IsNull() == (item.GetType() == TYPE_ERROR));
-  char numbers[128];
-  std::snprintf(numbers, sizeof numbers, "%d %d %d %d %d %.10g ", item.GetType(), item.GetSize(),
-                item.GetByte(), item.GetShort(), item.GetLong(), item.GetFloat());
-  return numbers + std::string(item.GetString());
-}
-
-/// All that an item shows, the bytes of a text with its NUL among it.
+/// Identifier, type, size, error and text.
 std::string observed(const CDataItem& item) {
-  const bool isText = item.GetType() == TYPE_STRING;
-  const auto size = isText ? static_cast<std::size_t>(item.GetSize()) : 0;
-  return std::to_string(item.GetId()) + " error " + std::to_string(item.GetError()) + " " +
-         converted(item) + " " + Exact(item.GetFloat()) +
-         testing::PrintToString(std::string(item.GetString(), size));
-}
-
-TEST(Item, ConvertsByItsType) {
-  CDataItem grown = text_item(std::string(2000, 'x'));
-  grown.Set(FID{7}, -DBL_MAX);
-  const std::pair<CDataItem, std::string> rows[] = {
-      {{FID{7}, 5.0}, "1 8 0 -32768 -2147483648 5 5.0000"},
-      {{FID{7}, -0.00004}, "1 8 0 -32768 -2147483648 -4e-05 -0.0000"},
-      {grown, "1 8 0 -32768 -2147483648 -1.797693135e+308 " + by_snprintf(-DBL_MAX)},
-      {{FID{7}, 65537}, "2 4 0 1 65537 65537 65537"},
-      {{FID{7}, 0x12348000}, "2 4 0 -32768 305430528 305430528 305430528"},
-      {{FID{7}, -INT_MAX}, "2 4 0 1 -2147483647 -2147483647 -2147483647"},
-      {short_item(300), "3 2 44 300 300 300 300"},
-      {short_item(-2), "3 2 254 -2 -2 -2 -2"},
-      {text_item(""), "6 1 0 0 0 0 "},
-      {text_item("\xE9t"), "6 3 233 0 0 0 \xE9t"},
-      {CDataItem(), "101 2 0 -32768 -2147483648 -100000000 N/A"},
-      {{FID{7}, 42, true}, "101 2 0 -32768 -2147483648 -100000000 N/A"},
-  };
-  for (const auto& [item, expected] : rows) EXPECT_EQ(converted(item), expected);
-  for (const auto& [text, numbers] : Rows(R"(
-         abc => 6 4 97 0 0 0 | 12.5 => 6 5 49 12 12 12.5 | ~-7e2x => 6 7 32 -7 -7 -700
-         70000 => 6 6 55 4464 70000 70000 | 2147483648 => 6 11 50 -1 2147483647 2147483648
-         -99999999999 => 6 13 45 0 -2147483648 -1e+11
-         101 2/8 => 6 8 49 101 101 101.25 | 101^08+ => 6 8 49 101 101 101.265625
-         12/31/2004 => 6 11 49 12 12 -100000000 | 5 ^ => 6 4 53 5 5 -100000000)")) {
-    EXPECT_EQ(converted(text_item(text)), numbers + " " + text);
-  }
+  return testing::PrintToString(std::tuple(item.GetId(), item.GetType(), item.GetSize(),
+                                           item.GetError(), std::string(item.GetString())));
 }
 
 TEST(Item, TurnsMarkersIntoErrors) {
@@ -85,19 +44,16 @@ TEST(Item, TurnsMarkersIntoErrors) {
   for (const double value : doubles) EXPECT_FALSE(CDataItem(FID{7}, value).IsNull()) << value;
   for (const int value : {INT_MIN + 1, -32768}) EXPECT_FALSE(CDataItem(FID{7}, value).IsNull());
   EXPECT_FALSE(short_item(-32767).IsNull());
-  EXPECT_EQ(CDataItem(FID{65535}, MISSING_SHORT, true).GetError(), MISSING_SHORT);
   for (const char* text : {"N/A.", "n/a", "N/", ""}) EXPECT_FALSE(text_item(text).IsNull()) << text;
   // The fourth byte decides as the text is stored; a copy and a move see a NUL there.
   CDataItem cut(FID{7}, "N/A.", 3);
-  EXPECT_STREQ(cut.GetString(), "N/A");
-  EXPECT_EQ(observed(CDataItem(cut)), observed(CDataItem(FID{7}, 2, true)));
-  EXPECT_EQ(observed(CDataItem(std::move(cut))), observed(CDataItem(FID{7}, 2, true)));
+  EXPECT_FALSE(cut.IsNull());
+  EXPECT_TRUE(CDataItem(cut).IsNull() && CDataItem(std::move(cut)).IsNull());
 }
 
 TEST(Item, PrintsWithinItsBuffer) {
   const std::pair<CDataItem, std::string> rows[] = {
       {{FID{7}, -1234.56789}, "-1234.5679"},
-      {{FID{7}, -DBL_MAX}, by_snprintf(-DBL_MAX)},
       {{FID{7}, -INT_MAX}, "-2147483647"},
       {text_item({"ab\0cd", 5}), "ab"},
       {text_item(std::string(700, 'x')), std::string(700, 'x')},
@@ -120,17 +76,17 @@ TEST(Item, PrintsWithinItsBuffer) {
 }
 
 TEST(Item, PrintsDoublesAsSnprintfDoesAndWithAPointInEveryLocale) {
-  std::vector<double> values = {DBL_MAX, DBL_MIN,    DBL_TRUE_MIN, DBL_EPSILON, kInfinity,
-                                kNan,    0.0,        0.00005,      0.00015,     0.03125,
-                                2.00005, 1e15 + 0.3, 0.99995,      9999.99995};
+  std::vector<double> values = {DBL_MAX, DBL_TRUE_MIN, kInfinity, kNan,    0.0,
+                                0.00005, 0.00015,      0.99995,   2.00005, 1e15 + 0.3};
   std::mt19937_64 random(3);
   for (int i = 0; i < 20000; ++i) {
     values.push_back(std::bit_cast<double>(random()));
     values.push_back(static_cast<double>(random() >> (random() % 64)) / 32768.0);
   }
-  for (const double value : values) {
+  for (double value : values) {
     ASSERT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);
-    ASSERT_EQ(CDataItem(FID{7}, -value).GetString(), by_snprintf(-value)) << Exact(value);
+    value = -value;
+    ASSERT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);
   }
   const DecimalComma locale;
   if (!locale.InForce()) GTEST_SKIP() << "no locale with a decimal comma: not shown in one";
@@ -175,18 +131,17 @@ TEST(Item, StoresAPieceOfItsOwnText) {
   for (const std::size_t length : {10U, 500U, 3000U}) {
     std::string text;
     for (std::size_t i = 0; i < length; ++i) text += static_cast<char>('a' + i % 23);
-    const std::pair<std::size_t, int> pieces[] = {
-        {0, -1}, {0, 7}, {1, -1}, {3, 4}, {length - 1, -1}, {length, -1}, {length, 0}};
-    for (const auto& [offset, taken] : pieces) {
-      CDataItem item = text_item(text);
-      item.Set(FID{8}, item.GetString() + offset, taken);
-      const std::string expected = text.substr(offset, static_cast<std::size_t>(taken));
-      EXPECT_EQ(observed(item), observed(CDataItem(FID{8}, expected.c_str(), -1))) << offset;
+    for (const std::size_t offset : {std::size_t{0}, std::size_t{3}, length - 1, length}) {
+      CDataItem item = text_item(text), part = text_item(text);
+      item.Set(FID{8}, item.GetString() + offset, -1);
+      EXPECT_EQ(item.GetString(), text.substr(offset)) << offset;
+      part.Set(FID{8}, part.GetString() + offset, 4);
+      EXPECT_EQ(part.GetString(), text.substr(offset, 4)) << offset;
     }
   }
   CDataItem number(FID{7}, -1.5);
   number.Set(FID{8}, number.GetString() + 1, -1);
-  EXPECT_EQ(observed(number), observed(CDataItem(FID{8}, "1.5000", -1)));
+  EXPECT_STREQ(number.GetString(), "1.5000");
 }
 
 }  // namespace

@@ -81,18 +81,6 @@ TEST(Parser, FieldsOfTextAndStream) {
   ExpectOnEveryRoad("a,b\nc", "", {"a,b\nc"});
 }
 
-TEST(Parser, RandomInputsOnEveryRoad) {
-  std::mt19937 random(2024);
-  const char* const sets[] = {nullptr, ",\t\n", ";", "\r\n", ""};
-  for (int round = 0; round < 500; ++round) {
-    const std::string alphabet = round % 4 == 0 ? "\"\r\n," : "aaaaaaaaaaa\xE9,;\t \r\n\"";
-    std::string text(random() % 700, '\0');
-    for (char& c : text) c = alphabet[random() % alphabet.size()];
-    const char* const delimiters = sets[random() % std::size(sets)];
-    ExpectOnEveryRoad(text, delimiters, FieldsOf({text.c_str(), delimiters}));
-  }
-}
-
 TEST(Parser, NoInputHasNoFields) {
   for (const CMyParser& parser : {CMyParser(), CMyParser(static_cast<char*>(nullptr), ","),
                                   CMyParser(Stream::pointer{}, ",")}) {

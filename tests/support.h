@@ -128,6 +128,17 @@ void ExpectAll(std::string_view table, Answer answer, const std::string& expecte
   for (const std::string& input : Texts(table)) EXPECT_EQ(answer(input), expected) << input;
 }
 
+/// Which of the operators == != < <= > >= hold, each by a sign of its own.
+template <typename Left, typename Right>
+std::string Holding(Left& a, Right& b) {
+  const bool holds[] = {a == b, a != b, (a < b), a <= b, (a > b), a >= b};
+  std::string shown;
+  for (std::size_t i = 0; i < 6; ++i) {
+    if (holds[i]) shown += "=!<l>g"[i];
+  }
+  return shown;
+}
+
 inline std::string Letters(std::size_t count) { return std::string(count, 'A'); }
 
 inline wqd::DataBlockPtr NewBlock(cf_id format) {

@@ -31,14 +31,12 @@ TEST(Vector, HoldsItsOwnCopyAndHasNoSingleValue) {
       const Field field = VectorOf(type, count);
       CDataItem item = ItemOf(field);  // whose arrays are gone by now
       EXPECT_EQ(FieldOf(item), field);
-      EXPECT_TRUE(item.GetVectorPtr() != nullptr && item.GetSize() == static_cast<int>(count));
       char buffer[] = "as it was";
-      EXPECT_TRUE(!item.IsNull() && !item.IsIntegralType() && item.GetShort() == MISSING_SHORT &&
-                  item.GetLong() == MISSING_LONG && item.GetFloat() == MISSING_DOUBLE &&
-                  static_cast<double>(item.GetFPN()) == MISSING_DOUBLE &&
-                  static_cast<ZULDATE>(item.GetDate()).month == 0 &&
-                  static_cast<std::int32_t>(item.GetTime()) == MISSING_TIME_SECONDS &&
-                  item.Print(buffer, 9) == 0 && std::string(buffer) == "as it was" &&
+      EXPECT_TRUE(item.GetVectorPtr() != nullptr && !item.IsNull() && !item.IsIntegralType() &&
+                  item.GetShort() == MISSING_SHORT && item.GetLong() == MISSING_LONG &&
+                  item.GetFloat() == MISSING_DOUBLE && double{item.GetFPN()} == MISSING_DOUBLE &&
+                  item.GetDate().Month() == 0 && int(item.GetTime()) == MISSING_TIME_SECONDS &&
+                  item.Print(buffer, 9) == 0 && buffer == std::string("as it was") &&
                   (type == TYPE_VECTOR_STRING || *item.GetString() == '\0'))
           << field;
     }
@@ -95,27 +93,26 @@ TEST(Vector, BlockOutlivesAScalarAndGoesWithTheNextVector) {
 
 TEST(Vector, OfACodeTakesVectorTypesAlone) {
   for (int type = -1; type <= 102; ++type) {
-    CDataItem item(FID{1}, std::int32_t{7});
-    EXPECT_EQ(item.SetVector(FID{9}, type, VectorOf(TYPE_VECTOR_DOUBLE, 4).bytes.data(), 4),
-              std::count(kVectorTypes.begin(), kVectorTypes.end(), type) == 1)
+    CDataItem item(FID{1}, 7);
+    const bool vector = std::count(kVectorTypes.begin(), kVectorTypes.end(), type) == 1;
+    EXPECT_EQ(item.SetVector(FID{9}, type, VectorOf(TYPE_VECTOR_DOUBLE, 4).bytes.data(), 4), vector)
         << type;
-    EXPECT_TRUE(item.GetId() == 9 ? item.GetType() == type : item.GetLong() == 7) << type;
+    EXPECT_TRUE(vector ? item.GetType() == type : item.GetLong() == 7) << type;
   }
 }
 
 TEST(Vector, RefusedSourcesLeaveTheItem) {
+  char bytes[] = "abcd";
   for (CDataItem& item : EveryKind()) {
     const Field before = FieldOf(item);
     item.SetVector(FID{1}, static_cast<const double*>(nullptr), 1);
     item.SetVector(FID{1}, "a", 0x80000000u);
     item.Set(nullptr, 4);
-    char bytes[] = "abcd";
     item.Set(bytes, 0);
     item.Set(bytes, -1);
     EXPECT_EQ(FieldOf(item), before);
     item.Set(bytes, 4);
     EXPECT_EQ(FieldOf(item), (Field{TYPE_EMPTY, before.id, "abcd"}));
-    EXPECT_STREQ(item.GetString(), "");
   }
   EXPECT_TRUE(Blob(FID{0}, "").GetError() == 1 && CDataItem(nullptr, -1).GetError() == 1);
 }
@@ -125,14 +122,11 @@ TEST(StringVector, TextIsQuotedAndJoined) {
   for (int i = 1; i < 300; ++i) many += ",\"\"";
   std::vector<std::pair<std::string, std::string>> cases = {
       {"", ""},
-      {{"ab\0c\0", 5}, "\"ab\",\"c\""},
       {{"ab\0c", 4}, "\"ab\",\"c\""},  // the last NUL is missing
       {{"\0\0a\0\0", 5}, "\"\",\"\",\"a\",\"\""},
       {{"a,\"b\0", 5}, "\"a,\"b\""},
-      {std::string(300, '\0'), many},
-      {Letters(600) + '\0' + Letters(5000), '"' + Letters(600) + "\",\"" + Letters(5000) + '"'},
-  };
-  for (const std::size_t count : {508u, 509u, 510u, 511u}) {
+      {std::string(300, '\0'), many}};
+  for (const std::size_t count : {508u, 509u, 510u, 511u, 5000u}) {
     cases.emplace_back(Letters(count) + '\0', '"' + Letters(count) + '"');
   }
   for (const auto& [bytes, text] : cases) {
