@@ -98,7 +98,7 @@ TEST(Helpers, GetZulFileNameCompletesThePath) {
     data;daily;a => /usr/bin/data/daily/a               | ..;x;../a => /usr/a
     ;x;0 => /usr/bin/x   | 0;x; => /usr/bin/x           | 0;;a => /usr/bin/a
     0;0;a => /usr/bin/a  | /data;0;a => /usr/bin/a      | 0;0;/a/./b/../c => /a/c
-    0;0;0 => /usr/bin    | 0;;0 => /usr/bin             | 0;0;/.. => /
+    0;0;0 => /usr/bin    | 0;;0 => /usr/bin             | 0;0;/.. => / | 0;0;/// => /
   )",
              [](const std::string& parts) { return FileName(parts, 100); });
   EXPECT_EQ(FileName("/a;b;c", 7), "/a/b/c");

@@ -195,4 +195,31 @@ TEST_P(Hostile, CountsBeyondTheBytes) {
   EXPECT_GT(checked, 5);
 }
 
+TEST_P(Hostile, ATransferTakesNoFieldForAnotherRecordsAndNoStringForNone) {
+  const std::string number = BytesOfHex("03 00 07 01 02 01");
+  const std::string whole = BlockOf(m_format, {{number, number}, {number, number}});
+  const std::size_t fields = m_format == ZUL3 ? 10 : 12, records = m_format == ZUL3 ? 8 : 6;
+  const std::pair<std::size_t, int> words[] = {{fields, 2}, {fields, 1}, {fields, 3}, {records, 3}};
+  for (const auto& [at, word] : words) {
+    std::string bytes = whole;
+    bytes.replace(at, 2, Word(static_cast<std::size_t>(word), 2));
+    const bool skipped = m_format == ZUL3 && at == fields && word == 1;  // what lies behind
+    for (const cf_id to : kBinaryFormats) {
+      const DataBlockPtr block = Wrap(m_format, bytes), target = NewBlock(to);
+      EXPECT_EQ(target->Add(block.get()), bytes == whole || skipped) << at << ' ' << word;
+    }
+  }
+  for (const int strings : {3, 0, 1, 1000}) {
+    const std::string tail = "a" + Word(0, 1) + "bc" + Word(0, 1) + "d";
+    const std::string count = Word(static_cast<std::size_t>(strings), m_format == ZUL3 ? 2 : 4);
+    const std::string size = Word(tail.size(), m_format == ZUL3 ? 2 : 4);
+    const std::string head =
+        BytesOfHex("10 00 07 01") + (m_format == ZUL3 ? size + count : count + size);
+    std::string bytes = BlockOf(m_format, {{head + tail, number}});
+    const DataBlockPtr block = Wrap(m_format, bytes), target = NewBlock(CSV);
+    EXPECT_TRUE(target->Add(block.get()));
+    EXPECT_EQ(BytesOf(*target), "a,258\nbc,258\nd,258\n" + Word(0, 1)) << strings;
+  }
+}
+
 }  // namespace

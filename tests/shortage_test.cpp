@@ -261,13 +261,6 @@ TEST(Shortage, AllElse) {
       "GetZulFileName to complete", none,
       [&](int) { return GetZulFileName(nullptr, nullptr, "b", path, 512) > 0; }, nothing);
   Sweep(
-      "GetFileModTime", none,
-      [](int) {
-        std::int32_t seconds = 0;
-        return GetFileModTime("/usr/share/zoneinfo/America/New_York", &seconds);
-      },
-      nothing);
-  Sweep(
       "GetTzInfo", [] { return CTimeZone(); },
       [](CTimeZone& zone) { return zone.Set("Eastern Standard Time"); },
       [](const CTimeZone& zone) { return std::to_string(zone == CTimeZone()); });

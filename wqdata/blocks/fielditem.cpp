@@ -54,11 +54,4 @@ bool fill_item(const service::FieldView& view, CDataItem* item, const char* read
   return false;
 }
 
-std::uint32_t count_strings(const void* strings, std::uint32_t bytes) {
-  const auto* const begin = static_cast<const char*>(strings);
-  if (bytes == 0) return 0;
-  const auto ended = std::count(begin, begin + bytes, '\0');
-  return static_cast<std::uint32_t>(ended) + (begin[bytes - 1] == '\0' ? 0 : 1);
-}
-
 }  // namespace wqd

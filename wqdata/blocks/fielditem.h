@@ -13,9 +13,6 @@ namespace wqd {
 /// that names the class `reader`.
 bool fill_item(const service::FieldView& view, CDataItem* item, const char* reader);
 
-/// The number of NUL-ended strings in `bytes` bytes, one without its NUL at the end included.
-std::uint32_t count_strings(const void* strings, std::uint32_t bytes);
-
 }  // namespace wqd
 
 #endif  // WQDATA_BLOCKS_FIELDITEM_H_

@@ -9,6 +9,8 @@
 namespace wqd {
 namespace {
 
+constexpr int kRefused = -1;
+
 int largest_field_count(CDataBlock& source) {
   int largest = 0;
   for (bool more = source.FirstRecord(); more; more = source.NextRecord()) {
@@ -17,32 +19,48 @@ int largest_field_count(CDataBlock& source) {
   return largest;
 }
 
+/// Whether a walk meets just as many as the source says there are. Text says nothing.
+bool declares(CDataBlock& source) {
+  return source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4;
+}
+
 /// Adds the fields of the current record of `source`, and missing fields behind them up to
-/// `fields`.
-bool add_fields(CDataBlock& source, CDataBlock& target, int fields) {
+/// `fields`. How many that were; kRefused also for a record of another number of fields than it
+/// declares: by a wrong one, the fields of other records would be read as its own.
+int add_fields(CDataBlock& source, CDataBlock& target, int fields) {
   int written = 0;
   for (bool more = source.FirstField(); more; more = source.NextField(), ++written) {
     CDataItem item;
-    if (!source.GetCurrentField(&item) || !target.Add(item)) return false;
+    if (!source.GetCurrentField(&item) || !target.Add(item)) return kRefused;
   }
+  if (declares(source) && written != source.GetFieldCount()) return kRefused;
   CDataItem padding;
   for (; written < fields; ++written) {
-    if (!target.Add(padding)) return false;
+    if (!target.Add(padding)) return kRefused;
   }
-  return true;
+  return written;
+}
+
+/// Whether the record that was just ended, with so many fields, is not there. No operation says so
+/// of a record without fields, which ZUL3 does not count, and a read-only block leaves alone.
+bool is_lost(CDataBlock& target, int recordsBefore, int written) {
+  if (target.GetRecordCount() > recordsBefore) return false;
+  return written > 0 || (target.GetFormat() == ZUL4 && !target.IsReadOnly());
 }
 
 bool add_records(CDataBlock& source, CDataBlock& target) {
   const bool padded = target.GetFormat() == ZUL3 && source.GetFormat() == ZUL4;
   const int fields = padded ? largest_field_count(source) : 0;
-  for (bool more = source.FirstRecord(); more; more = source.NextRecord()) {
-    const int records = target.GetRecordCount();
+  int records = 0;
+  for (bool more = source.FirstRecord(); more; more = source.NextRecord(), ++records) {
+    const int before = target.GetRecordCount();
     target.StartRecord();
-    if (!add_fields(source, target, fields) || !target.EndRecord()) return false;
-    // ZUL4 says of a record that it can't open only that it does not count it.
-    if (target.GetFormat() == ZUL4 && target.GetRecordCount() == records) return false;
+    const int written = add_fields(source, target, fields);
+    if (written == kRefused) return false;
+    target.EndRecord();
+    if (is_lost(target, before, written)) return false;
   }
-  return true;
+  return records == 0 || !declares(source) || records >= source.GetRecordCount();
 }
 
 }  // namespace

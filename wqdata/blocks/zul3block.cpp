@@ -190,7 +190,7 @@ bool CZul3Block::AddVector(CDataItem& item) {
 bool CZul3Block::AddStrings(CDataItem& item) {
   const auto size = static_cast<std::uint32_t>(item.GetSize());
   const auto* const strings = static_cast<const char*>(item.GetVectorPtr());
-  return AddStringVector(item.GetId(), strings, count_strings(strings, size), size);
+  return AddStringVector(item.GetId(), strings, service::count_strings(strings, size), size);
 }
 
 bool CZul3Block::AddField(int type, FID id, const void* value) {

@@ -143,7 +143,7 @@ bool CZul4Block::AddVector(CDataItem& item) {
     default: break;
   }
   const auto* const strings = static_cast<const char*>(elements);
-  return AddStringVector(id, strings, count_strings(strings, size), size);
+  return AddStringVector(id, strings, service::count_strings(strings, size), size);
 }
 
 /// Says in the log that a field found no room. Always false.

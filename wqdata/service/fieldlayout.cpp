@@ -131,9 +131,16 @@ bool holds_whole_strings(const FieldView& view) {
          are_whole_strings(view.elements, view.count, view.strings);
 }
 
+std::uint32_t count_strings(const void* strings, std::uint32_t bytes) {
+  const auto* const begin = static_cast<const char*>(strings);
+  if (bytes == 0) return 0;
+  const auto ended = std::count(begin, begin + bytes, '\0');
+  return static_cast<std::uint32_t>(ended) + (begin[bytes - 1] == '\0' ? 0 : 1);
+}
+
 std::uint32_t vector_size(const FieldView& view) {
   if (view.layout == nullptr || !is_vector(view.type)) return 0;
-  return view.layout->stringsAt != 0 ? std::min(view.strings, view.count) : view.count;
+  return view.layout->stringsAt != 0 ? count_strings(view.elements, view.count) : view.count;
 }
 
 void move_elements_of(int type, void* to, const void* from, std::size_t count) {

@@ -78,8 +78,11 @@ bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view);
 /// False for a string vector whose bytes are not just as many NUL-ended strings as it says.
 bool holds_whole_strings(const FieldView& view);
 
-/// The number of elements of a vector, 0 for any other field. Of strings no more are counted than
-/// their bytes can be.
+/// The number of NUL-ended strings in `bytes` bytes, one without its NUL at the end included.
+std::uint32_t count_strings(const void* strings, std::uint32_t bytes);
+
+/// The number of elements of a vector, 0 for any other field. Of strings it is what the bytes hold,
+/// whatever their number is said to be.
 std::uint32_t vector_size(const FieldView& view);
 
 /// Moves elements of a type between a record and an array of the platform's byte order.

@@ -18,7 +18,10 @@ void put_completed(const std::string& path, char* buffer, std::size_t size) {
   std::filesystem::path complete = path;
   if (!complete.is_absolute()) complete = std::filesystem::current_path(error);
   if (!complete.empty() && !path.empty()) complete /= path;
-  const std::string text = error ? std::string() : complete.lexically_normal().string();
+  std::string text = error ? std::string() : complete.lexically_normal().string();
+  // Separators alone are the root, however many there are.
+  if (text.find_first_not_of(kSeparator) == std::string::npos)
+    text.resize(std::min<std::size_t>(text.size(), 1));
   if (text.size() < size) std::memcpy(buffer, text.c_str(), text.size() + 1);
 }
 

@@ -1,9 +1,7 @@
-#include <chrono>
+#include <sys/stat.h>
+
 #include <cstring>
-#include <filesystem>
 #include <limits>
-#include <new>
-#include <system_error>
 
 #include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
@@ -14,14 +12,6 @@ namespace {
 const char* or_empty(const char* text) { return text == nullptr ? "" : text; }
 
 int code_of(char c) { return static_cast<signed char>(c); }
-
-/// Seconds since 1970 of the file's last change, rounded down.
-std::int64_t modification_time(const char* path, std::error_code& error) {
-  const auto changed = std::filesystem::last_write_time(path, error);
-  if (error) return 0;
-  const auto onSystemClock = std::filesystem::file_time_type::clock::to_sys(changed);
-  return std::chrono::floor<std::chrono::seconds>(onSystemClock).time_since_epoch().count();
-}
 
 }  // namespace
 
@@ -57,16 +47,11 @@ int FindWildCard(const char* text) {
 
 bool GetFileModTime(const char* path, std::int32_t* seconds) {
   using Range = std::numeric_limits<std::int32_t>;
-  if (path == nullptr || seconds == nullptr) return false;
-  try {
-    std::error_code error;
-    const std::int64_t time = modification_time(path, error);
-    if (error || time < Range::min() || time > Range::max()) return false;
-    *seconds = static_cast<std::int32_t>(time);
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
+  struct stat file;
+  if (path == nullptr || seconds == nullptr || stat(path, &file) != 0) return false;
+  if (file.st_mtime < Range::min() || file.st_mtime > Range::max()) return false;
+  *seconds = static_cast<std::int32_t>(file.st_mtime);
+  return true;
 }
 
 int GetZulFileName(const char* directory, const char* name, const char* extension, char* buffer,
