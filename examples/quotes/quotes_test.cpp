@@ -50,6 +50,7 @@ TEST(QuoteFile, SaysWhatIsWrong) {
   const std::string notWhole = " is not a whole number from 0 to below 2^53";
   const std::pair<std::string, std::string> cases[] = {
       {"\n", "there is no day in the file"},
+      {good + "2024-03-01,1,1,1,1,1\n", "line 3: 6 values instead of 7"},
       {good + "\n2024-03-01,1,1,1,1,1,1,\n", "line 4: 8 values instead of 7"},
       {"2023-02-29,1,1,1,1,1,1\n", "line 2: '2023-02-29' is not a date"},
       {"2024-02-29x,1,1,1,1,1,1\n", "line 2: '2024-02-29x' is not a date"},
