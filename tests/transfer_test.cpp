@@ -93,8 +93,9 @@ TEST(Transfer, PrintsEveryTypeAndVectorsAsRows) {
         {TYPE_VECTOR_TIME, 3, bytes(ZULTIME{570, 15}, ZULTIME{MISSING_TIME_MINUTES, 0})},
         {TYPE_VECTOR_INT, 4, bytes(std::int16_t{-3})},
         {TYPE_VECTOR_LONG, 5, bytes(-1, 70000)},
-        {TYPE_STRING, 6, large}},
-       "01/05/2004,09:30:15,-3,-1," + large + "\nN/A,N/A,-3,70000," + large + "\n"},
+        {TYPE_VECTOR_STRING, 6, std::string("last\0", 5)},
+        {TYPE_STRING, 7, large}},
+       "01/05/2004,09:30:15,-3,-1,last," + large + "\nN/A,N/A,-3,70000,last," + large + "\n"},
       {{{TYPE_VECTOR_LONG, 5, ""}, {TYPE_VECTOR_STRING, 6, ""}}, ",\n"},
   };
   for (const Road road : kRoads) {  // what has no vectors may be written as text at once

@@ -50,6 +50,7 @@ TEST(QuoteFile, SaysWhatIsWrong) {
   const std::string notWhole = " is not a whole number from 0 to below 2^53";
   const std::pair<std::string, std::string> cases[] = {
       {"\n", "there is no day in the file"},
+      {good + "2024-03-01,1,1,1,1,1\n", "line 3: 6 values instead of 7"},
       {good + "\n2024-03-01,1,1,1,1,1,1,\n", "line 4: 8 values instead of 7"},
       {"2023-02-29,1,1,1,1,1,1\n", "line 2: '2023-02-29' is not a date"},
       {"2024-02-29x,1,1,1,1,1,1\n", "line 2: '2024-02-29x' is not a date"},
@@ -120,11 +121,12 @@ TEST(Records, TellALineThatChanged) {
       {"N/A\n03/01/2024", "1\n03/01/2024", "record 2: field 0 'N/A' expected, field 0 '1' found"},
       {"30000.0000,N", "30001.0000,N",
        "record 2: field 31 '11456230000.0000' expected, field 31 '11456230001.0000' found"},
-      {whole.substr(whole.rfind(",N/A")), "", "record 4: field 0 'N/A' expected, no value found"},
+      {whole.substr(whole.rfind("03/01/2024,N/A")), "03/01/2024,N/A",
+       "record 4: field 0 'N/A' expected, no value found"},
   };
   for (const auto& [from, to, difference] : cases) {
     std::string text = whole;
-    text.replace(text.rfind(from), from.size(), to);
+    text.replace(text.find(from), from.size(), to);
     EXPECT_EQ(FindTextDifference(text.c_str(), kFieldsPerQuote, records), difference);
   }
 }
