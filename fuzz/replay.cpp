@@ -3,6 +3,7 @@
 //
 //   replay_NAME DIRECTORY   prints the number of inputs run; fails when there was none
 #include <algorithm>
+#include <clocale>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -35,6 +36,8 @@ std::size_t run_damaged(const Bytes& bytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  const char* const locale = std::getenv("WQDATA_TEST_LOCALE");
+  if (locale != nullptr && std::setlocale(LC_ALL, locale) == nullptr) return EXIT_FAILURE;
   std::size_t runs = 0;
   if (argc == 2) {
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {

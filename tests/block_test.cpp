@@ -92,6 +92,7 @@ TEST(TextWriting, BytesAndCounts) {
   using namespace std::string_literals;
   char largest[400];
   std::snprintf(largest, sizeof largest, "%.4f", -DBL_MAX);
+  *std::strchr(largest, *std::localeconv()->decimal_point) = '.';
   const std::string n700 = Letters(700);
   // The bytes have a bar for the separator, and behind them the counts of records and fields.
   const std::pair<std::vector<Step>, std::string> cases[] = {

@@ -18,6 +18,7 @@ CDataItem Operand(const std::string& text) {
   const char* const value = text.c_str() + 2;
   const auto number = static_cast<std::int32_t>(std::atoll(value));
   CDataItem item;
+  const InLocale usual;
   switch (text[0]) {
     case 'D': return {kId, std::strtod(value, nullptr)};
     case 'L': return {kId, number};
@@ -46,6 +47,7 @@ std::string Order(CDataItem& left, CDataItem& right) {
 
 std::string Shown(CDataItem item) {
   char text[40];
+  const InLocale usual;
   switch (item.GetType()) {
     case TYPE_LONG: std::snprintf(text, sizeof text, "L:%d", item.GetLong()); break;
     case TYPE_DOUBLE: std::snprintf(text, sizeof text, "D:%g", item.GetFloat()); break;

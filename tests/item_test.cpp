@@ -21,6 +21,7 @@ CDataItem short_item(std::int16_t value) { return CDataItem(FID{7}, value, false
 
 std::string by_snprintf(double value) {
   char text[400];
+  const InLocale usual;
   std::snprintf(text, sizeof text, "%.4f", value);
   return text;
 }

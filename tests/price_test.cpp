@@ -86,6 +86,7 @@ TEST(Prices, RoundTheExactValueOnceHalvesAwayFromZero) {
                double value;
                int code;
                std::int32_t price;
+               const InLocale usual;
                std::sscanf(given.c_str(), "%lf %d", &value, &code);
                price_from_double(value, code, price);
                return std::to_string(price);
@@ -114,6 +115,7 @@ TEST(Prices, PrintedAndReadBackAreTheSameInEveryCodeAndLocale) {
 /// "3:101.25": the base code and the value.
 std::string Shown(const CFixPtNum& price) {
   char text[64];
+  const InLocale usual;
   std::snprintf(text, sizeof text, "%d:%.8g", price.GetBaseCode(), static_cast<double>(price));
   return text;
 }
@@ -149,6 +151,7 @@ TEST(Price, ComparesWithATolerance) {
       nan 1.0 => ! | 1.0 nan => ! | 0.0 0.00001 => !l | 0.00001 0.0 => !g)",
              [](const std::string& given) {
                double a, b;
+               const InLocale usual;
                std::sscanf(given.c_str(), "%lf %lf", &a, &b);
                const CFixPtNum left(a, 3), right(b, 105);
                EXPECT_EQ(Holding(left, right), Holding(left, b));

@@ -36,10 +36,11 @@ std::string Accepted(CDataBlock& block) {
 }
 
 TEST(Refused, Zul3SaysWhatItCouldNotAdd) {
+  const std::string largest = (InLocale(), std::to_string(1e300));
   const std::pair<CDataItem, std::string> cases[] = {
       {CDataItem(FID{65535}, "a %d b", -1), "TYPE_STRING, val<a %d b>"},
       {CDataItem(FID{7}, 1.5), "TYPE_DOUBLE, val<1.500000>"},
-      {CDataItem(FID{7}, -1e300), "TYPE_DOUBLE, val<-" + std::to_string(1e300) + '>'},
+      {CDataItem(FID{7}, -1e300), "TYPE_DOUBLE, val<-" + largest + '>'},
       {CDataItem(FID{7}, std::int16_t{-7}), "TYPE_INT, val<-7>"},
       {CDataItem(FID{7}, 2147483647), "TYPE_LONG, val<2147483647>"},
       {CDataItem(FID{7}, CFixPtNum(-1234, 102)), "TYPE_LPACK, val<-1234, 102>"},

@@ -126,7 +126,9 @@ void expect_same_numbers(const std::string& text) {
   EXPECT_EQ(scan_int(begin, scanned), end == begin ? nullptr : end);
   EXPECT_EQ(scanned, expected);
   EXPECT_EQ(text_to_int(begin), expected);
-  EXPECT_EQ(Exact(text_to_double(begin)), Exact(std::strtod(begin, nullptr)));
+  const double real = text_to_double(begin);
+  const InLocale usual;
+  EXPECT_EQ(Exact(real), Exact(std::strtod(begin, nullptr)));
 }
 
 TEST(Number, ReadsAsTheCLibraryDoes) {

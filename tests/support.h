@@ -70,13 +70,23 @@ class LogCapture {
   Lines m_lines;
 };
 
-/// Puts a locale with a decimal comma in force until its end.
-class DecimalComma {
+/// Puts a locale in force until its end, the one with a decimal point if it is not named: what the
+/// C library is asked for the expected answer must not follow the locale that the tests run in.
+class InLocale {
  public:
-  DecimalComma() {
-    if (!std::setlocale(LC_ALL, "de_DE.UTF-8")) std::setlocale(LC_ALL, "fr_FR.UTF-8");
+  explicit InLocale(const char* name = "C") : m_former(std::setlocale(LC_ALL, nullptr)) {
+    std::setlocale(LC_ALL, name);
   }
-  ~DecimalComma() { std::setlocale(LC_ALL, "C"); }
+  ~InLocale() { std::setlocale(LC_ALL, m_former.c_str()); }
+
+ private:
+  std::string m_former;
+};
+
+/// Puts a locale with a decimal comma in force until its end.
+class DecimalComma : InLocale {
+ public:
+  DecimalComma() : InLocale("de_DE.UTF-8") {}
 
   /// False where the system has no such locale.
   bool InForce() const { return *std::localeconv()->decimal_point == ','; }
@@ -86,6 +96,7 @@ class DecimalComma {
 inline std::string Exact(double value) {
   if (std::isnan(value)) return "nan";
   char text[64];
+  const InLocale usual;
   std::snprintf(text, sizeof text, "%.17g (%a)", value, value);
   return text;
 }

@@ -17,12 +17,14 @@ std::string Converted(CDataItem item) {
               item.IsNull() == (item.GetType() == TYPE_ERROR));
   const CFixPtNum price = item.GetFPN();
   const CZulDate date = item.GetDate();
+  const std::string string = item.GetString();
   char text[200];
+  const InLocale usual;
   std::snprintf(text, sizeof text, "%d %d %d; %d %d %d %.10g; %d:%.9g %d/%d/%d %d; ",
                 item.GetType(), item.GetSize(), item.GetError(), item.GetByte(), item.GetShort(),
                 item.GetLong(), item.GetFloat(), price.GetBaseCode(), double(price), date.Month(),
                 date.Day(), date.Year(), int(item.GetTime()));
-  return text + std::string(item.GetString());
+  return text + string;
 }
 
 TEST(Items, ConvertByTheTableOfTypes) {
