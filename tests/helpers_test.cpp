@@ -61,7 +61,8 @@ TEST(Helpers, GetFileModTimeCountsFrom1970) {
   const std::pair<std::int64_t, std::int32_t> cases[] = {
       {1'000'000'000, 1'000'000'000}, {-1, -1}, {2147483647, 2147483647}, {2147483648, 7}};
   for (const auto& [changed, told] : cases) {
-    const std::chrono::sys_time time(std::chrono::milliseconds(changed * 1000 + 900));
+    const std::chrono::sys_time<std::chrono::milliseconds> time(
+        std::chrono::milliseconds(changed * 1000 + 900));
     fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
     seconds = 7;
     EXPECT_EQ(GetFileModTime(path.c_str(), &seconds), told != 7) << changed;
