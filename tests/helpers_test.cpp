@@ -1,8 +1,8 @@
 // Patterns, texts in buffers, and files by their names.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <wqdata/textsupport/helpers.h>
-
-#include <chrono>
 
 #include "support.h"
 
@@ -61,9 +61,8 @@ TEST(Helpers, GetFileModTimeCountsFrom1970) {
   const std::pair<std::int64_t, std::int32_t> cases[] = {
       {1'000'000'000, 1'000'000'000}, {-1, -1}, {2147483647, 2147483647}, {2147483648, 7}};
   for (const auto& [changed, told] : cases) {
-    const std::chrono::sys_time<std::chrono::milliseconds> time(
-        std::chrono::milliseconds(changed * 1000 + 900));
-    fs::last_write_time(path, fs::file_time_type::clock::from_sys(time));
+    const timespec time = {static_cast<std::time_t>(changed), 900'000'000}, both[] = {time, time};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), both, 0), 0);
     seconds = 7;
     EXPECT_EQ(GetFileModTime(path.c_str(), &seconds), told != 7) << changed;
     EXPECT_EQ(seconds, told);

@@ -153,8 +153,8 @@ TEST(Number, ReadsRandomTextsAsTheCLibraryDoes) {
   std::mt19937_64 random(2);
   const std::string characters = "00112233445566778899..++--eExXpPaFinNty() \t/";
   for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
-    std::string text(random() % 12, '\0');
-    for (char& c : text) c = characters[random() % characters.size()];
+    std::string text(static_cast<std::size_t>(random() % 12), '\0');
+    for (char& c : text) c = characters[static_cast<std::size_t>(random() % characters.size())];
     expect_same_numbers(text);
     expect_same_numbers(Exact(std::bit_cast<double>(random())));
   }

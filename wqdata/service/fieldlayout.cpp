@@ -50,10 +50,9 @@ std::uint32_t load_count(const FieldFormat& format, const std::uint8_t* at) {
 }
 
 bool are_whole_strings(const void* elements, std::uint32_t size, std::uint32_t strings) {
-  const auto* const bytes = static_cast<const char*>(elements);
-  if (bytes == nullptr || size == 0) return size == 0 && strings == 0;
-  return bytes[size - 1] == '\0' &&
-         std::count(bytes, bytes + size, '\0') == std::ptrdiff_t{strings};
+  if (elements == nullptr || size == 0) return size == 0 && strings == 0;
+  const bool ended = static_cast<const char*>(elements)[size - 1] == '\0';
+  return ended && count_strings(elements, size) == strings;
 }
 
 /// The number of elements of the field at `at`, whose words are all there.

@@ -19,10 +19,10 @@ void* grown(void* bytes, std::uint32_t& capacity, std::uint64_t needed, const vo
   const bool within = offset < capacity;
   const std::uint64_t half = std::uint64_t{capacity} + capacity / 2;
   std::uint64_t size = std::min(std::max(half, needed), kLargestBlock);
-  void* moved = std::realloc(bytes, size);
+  void* moved = std::realloc(bytes, static_cast<std::size_t>(size));
   if (moved == nullptr && size > needed) {
     size = needed;
-    moved = std::realloc(bytes, size);
+    moved = std::realloc(bytes, static_cast<std::size_t>(size));
   }
   if (moved == nullptr) return nullptr;
   if (within) *source = static_cast<const char*>(moved) + offset;
