@@ -152,8 +152,9 @@ inline Field FieldOf(wqd::CDataItem& item) {
 inline Field VectorOf(int type, std::uint32_t count) {
   Field field{type, FID{9}, std::string(count * WidthOf(type), 'a')};
   if (type == TYPE_VECTOR_STRING && count > 0) field.bytes.back() = '\0';
+  if (WidthOf(type) == 1) return field;
   if (type == TYPE_VECTOR_LPACK) field.baseCode = 0xFFFE;
-  for (std::uint32_t i = 0; i < count && type != TYPE_VECTOR_STRING; ++i) {
+  for (std::uint32_t i = 0; i < count; ++i) {
     const auto number = static_cast<std::uint16_t>(i + 1);
     std::memcpy(&field.bytes[i * WidthOf(type)], &number, sizeof number);
   }

@@ -81,12 +81,13 @@ TEST(Vector, MayBeMadeOfItsOwnElements) {
 }
 
 TEST(Vector, BlockOutlivesAScalarAndGoesWithTheNextVector) {
-  CDataItem item = ItemOf(VectorOf(TYPE_VECTOR_INT, 3));
+  const Field field = VectorOf(TYPE_VECTOR_INT, 3);
+  CDataItem item = ItemOf(field);
   void* const block = item.GetVectorPtr();
   item.Set(FID{1}, std::int32_t{7});
   item = CDataItem(FID{2}, Letters(600).c_str(), -1);
   item.SetError(FID{2}, 3);
-  EXPECT_TRUE(item.GetVectorPtr() == block && std::memcmp(block, "\1\0\2\0\3\0", 6) == 0);
+  EXPECT_TRUE(item.GetVectorPtr() == block && std::memcmp(block, field.bytes.data(), 6) == 0);
   item = ItemOf(VectorOf(TYPE_VECTOR_DOUBLE, 2));
   EXPECT_EQ(FieldOf(item), VectorOf(TYPE_VECTOR_DOUBLE, 2));
 }

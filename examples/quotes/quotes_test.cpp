@@ -133,7 +133,7 @@ TEST(Records, TellALineThatChanged) {
 
 /// The program's exit status, and behind it what it wrote to both streams.
 std::string RunQuotes(const std::string& arguments) {
-  std::FILE* const pipe = popen(("'" QUOTES_PROGRAM "' 2>&1 " + arguments).c_str(), "r");
+  std::FILE* const pipe = popen((QUOTES_PROGRAM " 2>&1 " + arguments).c_str(), "r");
   std::string output;
   for (int c = std::getc(pipe); c != EOF; c = std::getc(pipe)) output += static_cast<char>(c);
   const int status = pclose(pipe);
