@@ -2,7 +2,9 @@
 #include <wqdata/service/operations.h>
 #include <wqdata/types.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "target.h"
 
@@ -10,6 +12,25 @@ using namespace wqd;
 using namespace wqd_fuzz;
 
 namespace {
+
+/// Any number of digits, with a point or not, is a price near the number, or beyond the largest: of
+/// code 110 with 28 bits and a sign, times 10^7.
+void check_magnitude(const std::string& text, int baseCode, std::int32_t price) {
+  constexpr double kLargest = 134217727e7;
+  double number = 0;
+  const char* const end = text.data() + text.size();
+  if (text.empty() || text.find_first_not_of("-.0123456789") != std::string::npos) return;
+  const auto [at, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+  if (at != end || error != std::errc()) return;
+  if (price == MISSING_LONG) {
+    Expect(std::abs(number) > 0.999 * kLargest, "a number in range is a price");
+    return;
+  }
+  double value = 0;
+  Expect(service::price_to_double(baseCode, price, value) != 0, "what was read has a value");
+  Expect(std::abs(value - number) <= std::max(4e-8 * std::abs(number), 6e-9),
+         "a price is near its text");
+}
 
 /// A text of at most 9 digits, with a point among them and a sign in front of them or not, is read
 /// as it stands: as many decimals, the same digits.
@@ -72,6 +93,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     check_price(codeRead, priceRead);
   }
   check_decimal(text.data(), codeRead, priceRead);
+  check_magnitude(text.data(), codeRead, priceRead);
   static_cast<void>(service::fraction_to_double(text.data()));
   std::int32_t nearest = 0;
   const auto real = Numbers(data, size).Take<double>();
