@@ -1,0 +1,69 @@
+#include "data.h"
+
+#include <random>
+
+namespace wqd_bench {
+namespace {
+
+Row random_row(std::mt19937& random) {
+  const auto below = [&random](unsigned bound) { return static_cast<unsigned>(random() % bound); };
+  Row row{};
+  row.number = static_cast<std::int32_t>(random() >> below(31)) | 1;
+  row.small = static_cast<std::int16_t>(below(32000));
+  row.real = static_cast<double>(2 * below(1000000000) + 1) / 10000;  // msgpack packs 5.0 as 5
+  row.price = static_cast<std::int32_t>(1 + below(100000000));
+  row.date = {static_cast<std::int8_t>(1 + below(28)), static_cast<std::int8_t>(1 + below(12)),
+              static_cast<std::uint16_t>(1980 + below(50))};
+  row.time = {static_cast<std::uint16_t>(below(1440)), static_cast<std::uint16_t>(below(60))};
+  for (unsigned i = 3 + below(6); i > 0; --i) row.text += static_cast<char>('A' + below(26));
+  row.error = static_cast<std::int16_t>(2 + below(2));
+  return row;
+}
+
+}  // namespace
+
+const std::vector<Row>& rows() {
+  static const std::vector<Row> all = [] {
+    std::mt19937 random(1);
+    std::vector<Row> made;
+    for (int i = 0; i < 10000; ++i) made.push_back(random_row(random));
+    return made;
+  }();
+  return all;
+}
+
+const std::vector<VectorRow>& vector_rows() {
+  static const std::vector<VectorRow> all = [] {
+    std::mt19937 random(2);
+    std::vector<VectorRow> made(1000);
+    for (VectorRow& row : made) {
+      for (std::size_t i = 0; i < kElements; ++i) {
+        row.numbers.push_back(static_cast<std::int32_t>(random()));
+        row.reals.push_back(static_cast<double>(random()) / 7);
+      }
+    }
+    return made;
+  }();
+  return all;
+}
+
+std::uint64_t digest_of_rows() {
+  std::uint64_t sum = 0;
+  for (const Row& row : rows()) {
+    sum += digest(row.number) + digest(row.small) + digest(row.real) + digest(row.price) +
+           digest(row.date) + digest(row.time) + digest(row.text.data(), row.text.size()) +
+           digest(row.error);
+  }
+  return sum;
+}
+
+std::uint64_t digest_of_vectors() {
+  std::uint64_t sum = 0;
+  for (const auto& [numbers, reals] : vector_rows()) {
+    sum += digest(numbers.front()) + digest(numbers.back()) + digest(reals.front()) +
+           digest(reals.back());
+  }
+  return sum;
+}
+
+}  // namespace wqd_bench

@@ -1,0 +1,86 @@
+/// The data of the benchmarks, the same for every library, and how a series is timed.
+#ifndef WQDATA_BENCH_DATA_H_
+#define WQDATA_BENCH_DATA_H_
+
+#include <benchmark/benchmark.h>
+#include <wqdata/types.h>
+
+#include <bit>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace wqd_bench {
+
+/// A record of eight fields. The price is in `kBaseCode`.
+struct Row {
+  std::int32_t number;
+  std::int16_t small;
+  double real;
+  std::int32_t price;
+  ZULDATE date;
+  ZULTIME time;
+  std::string text;  ///< 3 to 8 letters
+  std::int16_t error;
+};
+inline constexpr std::uint16_t kBaseCode = 105;
+inline constexpr std::size_t kFieldsOfRow = 8;
+
+/// The identifiers of the fields in their order.
+enum Id : FID { kNumber = 1, kSmall, kReal, kPrice, kDate, kTime, kText, kError };
+
+/// A record of two vectors of 256 elements.
+struct VectorRow {
+  std::vector<std::int32_t> numbers;
+  std::vector<double> reals;
+};
+inline constexpr std::size_t kElements = 256;
+
+/// 10000 and 1000 records, the same in every run.
+const std::vector<Row>& rows();
+const std::vector<VectorRow>& vector_rows();
+
+/// What a walk adds up of a value, so that no field can be left out unnoticed.
+inline std::uint64_t digest(std::int32_t value) { return static_cast<std::uint32_t>(value); }
+inline std::uint64_t digest(double value) { return std::bit_cast<std::uint64_t>(value); }
+inline std::uint64_t digest(ZULDATE date) {
+  return static_cast<std::uint64_t>((date.year * 16 + date.month) * 32 + date.day);
+}
+inline std::uint64_t digest(ZULTIME time) {
+  return static_cast<std::uint64_t>(time.minutes * 60 + time.seconds);
+}
+inline std::uint64_t digest(const char* text, std::size_t length) {
+  return length * 256 + static_cast<unsigned char>(text[length - 1]);
+}
+
+/// The same of all fields, and of all elements' ends: the first and the last of each vector.
+std::uint64_t digest_of_rows();
+std::uint64_t digest_of_vectors();
+
+/// Registers `run`, which handles `items` fields, under "workload/series", once it was `right`.
+/// What it returns is kept from being optimised away.
+template <typename Run>
+void series(const std::string& name, std::size_t items, bool right, Run run) {
+  if (!right) {
+    std::fprintf(stderr, "%s does not do its work\n", name.c_str());
+    std::exit(EXIT_FAILURE);
+  }
+  benchmark::RegisterBenchmark(name.c_str(), [run, items](benchmark::State& state) mutable {
+    for (auto step : state) benchmark::DoNotOptimize(run());
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(items));
+  });
+}
+
+/// Runs what was registered, as the arguments say. The exit status.
+inline int run_benchmarks(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return EXIT_FAILURE;
+  benchmark::RunSpecifiedBenchmarks();
+  return EXIT_SUCCESS;
+}
+
+}  // namespace wqd_bench
+
+#endif  // WQDATA_BENCH_DATA_H_

@@ -1,0 +1,218 @@
+// Numbers into text, fields into lines of text, and numbers out of texts.
+#include <fast_float/fast_float.h>
+#include <fmt/compile.h>
+#include <fmt/format.h>
+
+#include <charconv>
+#include <cstring>
+
+#include "ours.h"
+
+using namespace wqd_bench;
+
+namespace {
+
+constexpr std::size_t kRoom = 400;  // for the largest double
+
+std::uint64_t sum_of_chars(const char* text, std::size_t length) {
+  return length + static_cast<unsigned char>(text[0]) +
+         static_cast<unsigned char>(text[length - 1]);
+}
+
+/// Adds up what `print` makes of each row: the length of a text in the buffer that it is given.
+template <typename Print>
+std::uint64_t print_all(Print print) {
+  std::uint64_t sum = 0;
+  char buffer[kRoom];
+  for (const Row& row : rows()) {
+    const std::size_t length = print(row, buffer);
+    sum += sum_of_chars(buffer, length);
+  }
+  return sum;
+}
+
+template <typename Print>
+void register_print(const std::string& name, std::uint64_t sum, Print print) {
+  series(name, rows().size(), print_all(print) == sum, [print] { return print_all(print); });
+}
+
+void register_doubles() {
+  const std::string workload = "Print doubles as %.4f";
+  const auto by_snprintf = [](const Row& row, char* buffer) {
+    return static_cast<std::size_t>(std::snprintf(buffer, kRoom, "%.4f", row.real));
+  };
+  const std::uint64_t sum = print_all(by_snprintf);
+  wqd::CDataItem item;
+  register_print(workload + "/wqdata", sum, [item](const Row& row, char* buffer) mutable {
+    item.Set(kReal, row.real);
+    return static_cast<std::size_t>(item.Print(buffer, kRoom));
+  });
+  register_print(workload + "/std::to_chars", sum, [](const Row& row, char* buffer) {
+    const auto end =
+        std::to_chars(buffer, buffer + kRoom, row.real, std::chars_format::fixed, 4).ptr;
+    return static_cast<std::size_t>(end - buffer);
+  });
+  register_print(workload + "/fmt", sum, [](const Row& row, char* buffer) {
+    return static_cast<std::size_t>(fmt::format_to(buffer, FMT_COMPILE("{:.4f}"), row.real) -
+                                    buffer);
+  });
+  register_print(workload + "/snprintf", sum, by_snprintf);
+}
+
+void register_longs() {
+  const std::string workload = "Print longs";
+  const auto by_to_chars = [](const Row& row, char* buffer) {
+    return static_cast<std::size_t>(std::to_chars(buffer, buffer + kRoom, row.number).ptr - buffer);
+  };
+  const std::uint64_t sum = print_all(by_to_chars);
+  wqd::CDataItem item;
+  register_print(workload + "/wqdata", sum, [item](const Row& row, char* buffer) mutable {
+    item.Set(kNumber, row.number);
+    return static_cast<std::size_t>(item.Print(buffer, kRoom));
+  });
+  register_print(workload + "/std::to_chars", sum, by_to_chars);
+  register_print(workload + "/fmt", sum, [](const Row& row, char* buffer) {
+    return static_cast<std::size_t>(fmt::format_to(buffer, FMT_COMPILE("{}"), row.number) - buffer);
+  });
+}
+
+// A line of CSV has five fields: long, short, double, text and long price as a decimal.
+constexpr std::size_t kFieldsOfLine = 5;
+constexpr std::size_t kRoomOfLines = 10000 * 80;
+
+/// Lines by way of `line`, which writes one at a place and tells where it ends.
+template <typename Line>
+std::uint64_t write_lines(char* buffer, Line line) {
+  char* at = buffer;
+  for (const Row& row : rows()) at = line(row, at);
+  return static_cast<std::uint64_t>(at - buffer);
+}
+
+char* line_by_to_chars(const Row& row, char* at) {
+  char* const end = at + 80;
+  at = std::to_chars(at, end, row.number).ptr;
+  *at++ = ',';
+  at = std::to_chars(at, end, row.small).ptr;
+  *at++ = ',';
+  at = std::to_chars(at, end, row.real, std::chars_format::fixed, 4).ptr;
+  *at++ = ',';
+  at = static_cast<char*>(std::memcpy(at, row.text.data(), row.text.size())) + row.text.size();
+  *at++ = ',';
+  at = std::to_chars(at, end, row.real / 2, std::chars_format::fixed, 4).ptr;
+  *at++ = '\n';
+  return at;
+}
+
+char* line_by_fmt(const Row& row, char* at) {
+  return fmt::format_to(at, FMT_COMPILE("{},{},{:.4f},{},{:.4f}\n"), row.number, row.small,
+                        row.real, row.text, row.real / 2);
+}
+
+char* line_by_snprintf(const Row& row, char* at) {
+  return at + std::snprintf(at, 80, "%d,%d,%.4f,%s,%.4f\n", row.number, row.small, row.real,
+                            row.text.c_str(), row.real / 2);
+}
+
+wqd::DataBlockPtr lines_of_fields(cf_id format) {
+  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format));
+  for (const Row& row : rows()) {
+    block->StartRecord();
+    block->Add(kNumber, row.number);
+    block->Add(kSmall, row.small);
+    block->Add(kReal, row.real);
+    block->Add(kText, row.text.c_str());
+    block->Add(kPrice, row.real / 2);
+    block->EndRecord();
+  }
+  block->Close();
+  return block;
+}
+
+void register_peers_of_lines(const std::string& workload, const std::string& expected) {
+  static std::vector<char> buffer(kRoomOfLines);
+  const auto add = [&](const char* name, char* (*line)(const Row&, char*)) {
+    const std::uint64_t size = write_lines(buffer.data(), line);
+    series(workload + name, rows().size() * kFieldsOfLine,
+           std::string(buffer.data(), size) == expected,
+           [line] { return write_lines(buffer.data(), line); });
+  };
+  add("/std::to_chars", line_by_to_chars);
+  add("/fmt", line_by_fmt);
+  add("/snprintf", line_by_snprintf);
+}
+
+void register_lines() {
+  const auto text_of = [](wqd::CDataBlock& block) {
+    return std::string(static_cast<const char*>(block.GetData()));
+  };
+  const std::string text = text_of(*lines_of_fields(CSV));
+  const std::size_t items = rows().size() * kFieldsOfLine;
+  const std::string fields = "CSV from fields", block = "CSV from a ZUL3 block";
+  series(fields + "/wqdata", items, true, [] { return lines_of_fields(CSV)->GetDataSize(); });
+  register_peers_of_lines(fields, text);
+  wqd::CDataBlock& source = *lines_of_fields(ZUL3).release();
+  const auto transfer = [&source] {
+    wqd::DataBlockPtr csv(wqd::CDataBlock::NewDataBlock(CSV));
+    csv->Add(&source);
+    return csv;
+  };
+  series(block + "/wqdata", items, text_of(*transfer()) == text,
+         [transfer] { return transfer()->GetDataSize(); });
+  register_peers_of_lines(block, text);
+}
+
+/// Numbers as texts: those of the doubles, as "%.4f" and shortest.
+const std::vector<std::string>& number_texts() {
+  static const std::vector<std::string> all = [] {
+    std::vector<std::string> texts;
+    for (const Row& row : rows()) texts.push_back(fmt::format("{:.4f}", row.real));
+    return texts;
+  }();
+  return all;
+}
+
+template <typename Read>
+double read_all(Read read) {
+  double sum = 0;
+  for (const std::string& text : number_texts()) sum += read(text);
+  return sum;
+}
+
+template <typename Read>
+void register_read(const std::string& name, double sum, Read read) {
+  series(name, rows().size(), read_all(read) == sum, [read] { return read_all(read); });
+}
+
+void register_reads() {
+  const std::string workload = "Number from the text of an item";
+  const double sum =
+      read_all([](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
+  auto& items = *new std::vector<wqd::CDataItem>;
+  for (const std::string& text : number_texts()) items.emplace_back(kText, text.c_str(), -1);
+  const auto ours = [&items] {
+    double all = 0;
+    for (const wqd::CDataItem& item : items) all += item.GetFloat();
+    return all;
+  };
+  series(workload + "/wqdata", items.size(), ours() == sum, ours);
+  register_read(workload + "/fast_float", sum, [](const std::string& text) {
+    double value = 0;
+    fast_float::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+  });
+  register_read(workload + "/std::from_chars", sum, [](const std::string& text) {
+    double value = 0;
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+  });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  register_doubles();
+  register_longs();
+  register_lines();
+  register_reads();
+  return run_benchmarks(argc, argv);
+}

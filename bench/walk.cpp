@@ -1,0 +1,100 @@
+// Walking every field of received bytes, vectors, and looking for one field in each record.
+#include <flatbuffers/flexbuffers.h>
+
+#include "ours.h"
+#include "peers.h"
+
+using namespace wqd_bench;
+
+namespace {
+
+void register_walk(const std::string& workload, std::size_t items, std::uint64_t sum,
+                   wqd::DataBlockPtr (*build)(cf_id), void (*pack)(msgpack::sbuffer&),
+                   void (*append)(Bson&)) {
+  for (const cf_id format : kRecordFormats) {
+    wqd::CDataBlock& built = *build(format).release();  // its bytes outlive the run
+    wqd::CDataBlock& block = *wrapped(built, format).release();
+    series(our_name(workload, format), items, walk(block) == sum, [&block] { return walk(block); });
+  }
+  auto& buffer = *new msgpack::sbuffer;
+  pack(buffer);
+  series(workload + "/msgpack-cxx", items, walk(buffer) == sum, [&buffer] { return walk(buffer); });
+  auto& bson = *new Bson;
+  append(bson);
+  series(workload + "/libbson", items, walk(bson) == sum, [&bson] { return walk(bson); });
+}
+
+std::uint64_t find(wqd::CDataBlock& block) {
+  std::uint64_t sum = 0;
+  wqd::CDataItem item;
+  for (bool more = block.FirstRecord(); more; more = block.NextRecord()) {
+    if (block.FindField(kPrice) && block.GetCurrentField(&item)) sum += digest(item);
+  }
+  return sum;
+}
+
+std::uint64_t find(const Bson& bson) {
+  std::uint64_t sum = 0;
+  each_document(bson, [&sum](const bson_t& document) {
+    bson_iter_t field;
+    if (bson_iter_init_find(&field, &document, "4")) sum += digest(bson_iter_int32(&field));
+  });
+  return sum;
+}
+
+/// A buffer for each record: maps are found in by their roots.
+std::vector<std::vector<std::uint8_t>> flex_rows() {
+  std::vector<std::vector<std::uint8_t>> buffers;
+  for (const Row& row : rows()) {
+    flexbuffers::Builder builder;
+    builder.Map([&] {
+      builder.Int("1", row.number);
+      builder.Int("2", row.small);
+      builder.Double("3", row.real);
+      builder.Int("4", row.price);
+      builder.Int("5", packed(row.date));
+      builder.Int("6", packed(row.time));
+      builder.String("7", row.text);
+      builder.Int("8", row.error);
+    });
+    builder.Finish();
+    buffers.push_back(builder.GetBuffer());
+  }
+  return buffers;
+}
+
+std::uint64_t find(const std::vector<std::vector<std::uint8_t>>& buffers) {
+  std::uint64_t sum = 0;
+  for (const auto& buffer : buffers) {
+    sum += digest(flexbuffers::GetRoot(buffer).AsMap()["4"].AsInt32());
+  }
+  return sum;
+}
+
+void register_find() {
+  const std::string workload = "Find a field, next record";
+  std::uint64_t sum = 0;
+  for (const Row& row : rows()) sum += digest(row.price);
+  const std::size_t items = rows().size();
+  for (const cf_id format : kRecordFormats) {
+    wqd::CDataBlock& built = *build_rows(format).release();
+    wqd::CDataBlock& block = *wrapped(built, format).release();
+    series(our_name(workload, format), items, find(block) == sum, [&block] { return find(block); });
+  }
+  auto& bson = *new Bson;
+  append_rows(bson);
+  series(workload + "/libbson", items, find(bson) == sum, [&bson] { return find(bson); });
+  const auto& flex = *new std::vector(flex_rows());
+  series(workload + "/flexbuffers", items, find(flex) == sum, [&flex] { return find(flex); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  register_walk("Walk every field", rows().size() * kFieldsOfRow, digest_of_rows(), build_rows,
+                pack_rows, append_rows);
+  register_walk("Walk vectors of 256", vector_rows().size() * 2, digest_of_vectors(), build_vectors,
+                pack_vectors, append_vectors);
+  register_find();
+  return run_benchmarks(argc, argv);
+}
