@@ -4,6 +4,7 @@
 
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/blocks/textblock.h>
+#include <wqdata/blocks/zul4block.h>
 #include <wqdata/items/dataitem.h>
 
 namespace wqd {
@@ -19,21 +20,41 @@ int largest_field_count(CDataBlock& source) {
   return largest;
 }
 
-/// Whether a walk meets just as many as the source says there are. Text says nothing.
-bool declares(CDataBlock& source) {
-  return source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4;
-}
+/// What a source says of itself, for a walk to be held against. Text says nothing.
+class Declared {
+ public:
+  explicit Declared(CDataBlock& source)
+      : m_source(source),
+        m_zul4(dynamic_cast<CZul4Block*>(&source)),
+        m_counts(source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4) {}
+
+  /// Whether the current record says that it has so many fields.
+  bool HasFields(int fields) const {
+    if (m_zul4 != nullptr) return m_zul4->DeclaredFieldCount() == fields;
+    return !m_counts || m_source.GetFieldCount() == fields;
+  }
+
+  /// Whether there are no more than so many records. The one in progress is not counted yet.
+  bool HasNoMoreThan(int records) const {
+    return !m_counts || m_source.GetRecordCount() <= records;
+  }
+
+ private:
+  CDataBlock& m_source;
+  CZul4Block* m_zul4;
+  bool m_counts;
+};
 
 /// Adds the fields of the current record of `source`, and missing fields behind them up to
 /// `fields`. How many that were; kRefused also for a record of another number of fields than it
 /// declares: by a wrong one, the fields of other records would be read as its own.
-int add_fields(CDataBlock& source, CDataBlock& target, int fields) {
+int add_fields(CDataBlock& source, const Declared& declared, CDataBlock& target, int fields) {
   int written = 0;
   for (bool more = source.FirstField(); more; more = source.NextField(), ++written) {
     CDataItem item;
     if (!source.GetCurrentField(&item) || !target.Add(item)) return kRefused;
   }
-  if (declares(source) && written != source.GetFieldCount()) return kRefused;
+  if (!declared.HasFields(written)) return kRefused;
   CDataItem padding;
   for (; written < fields; ++written) {
     if (!target.Add(padding)) return kRefused;
@@ -51,16 +72,17 @@ bool is_lost(CDataBlock& target, int recordsBefore, int written) {
 bool add_records(CDataBlock& source, CDataBlock& target) {
   const bool padded = target.GetFormat() == ZUL3 && source.GetFormat() == ZUL4;
   const int fields = padded ? largest_field_count(source) : 0;
+  const Declared declared(source);
   int records = 0;
   for (bool more = source.FirstRecord(); more; more = source.NextRecord(), ++records) {
     const int before = target.GetRecordCount();
     target.StartRecord();
-    const int written = add_fields(source, target, fields);
+    const int written = add_fields(source, declared, target, fields);
     if (written == kRefused) return false;
     target.EndRecord();
     if (is_lost(target, before, written)) return false;
   }
-  return records == 0 || !declares(source) || records >= source.GetRecordCount();
+  return declared.HasNoMoreThan(records);
 }
 
 }  // namespace

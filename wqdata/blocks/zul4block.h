@@ -39,6 +39,10 @@ class CZul4Block final : public CDataBlock {
   int GetDataSize() override;
   int GetRecordCount() override;
   int GetFieldCount() override;
+
+  /// What the current record declares, even if it can't be true.
+  int DeclaredFieldCount() const;
+
   int GetVectorSize() override;
   bool StartRecord() override;
   bool EndRecord() override;

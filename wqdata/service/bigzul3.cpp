@@ -16,10 +16,12 @@ int add(std::uint8_t*& record, FieldValue value, std::uint32_t& allocated) {
   const std::uint16_t fields = exists ? load<std::uint16_t>(record + kZul3FieldCountAt) : 0;
   const std::uint64_t size = field_size(kZul3Fields, value);
   if (size == 0 || fields == UINT16_MAX) return kRefused;
-  void* const moved = grown(record, allocated, length + size, &value.elements);
-  if (moved == nullptr) return kRefused;
-  record = static_cast<std::uint8_t*>(moved);
-  if (!exists) std::memset(record, 0, kZul3HeaderSize);
+  if (!exists || size > allocated - length) {
+    void* const moved = grown(record, allocated, length + size, &value.elements);
+    if (moved == nullptr) return kRefused;
+    record = static_cast<std::uint8_t*>(moved);
+    if (!exists) std::memset(record, 0, kZul3HeaderSize);
+  }
   write_field(kZul3Fields, value, record + length);
   store(record + kZul3LengthAt, static_cast<std::uint32_t>(length + size));
   store(record + kZul3FieldCountAt, static_cast<std::uint16_t>(fields + 1));

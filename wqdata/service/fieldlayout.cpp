@@ -6,29 +6,6 @@
 namespace wqd::service {
 namespace {
 
-//                                  elements width count base strings
-constexpr FieldLayout kZul3Layouts[] = {
-    {TYPE_DOUBLE, 4, 8, 0, 0, 0},       {TYPE_LONG, 4, 4, 0, 0, 0},
-    {TYPE_INT, 4, 2, 0, 0, 0},          {TYPE_LPACK, 6, 4, 0, 4, 0},
-    {TYPE_STRING, 6, 1, 0, 0, 0},       {TYPE_DATE, 4, 4, 0, 0, 0},
-    {TYPE_TIME, 4, 4, 0, 0, 0},         {TYPE_VECTOR_DOUBLE, 6, 8, 4, 0, 0},
-    {TYPE_VECTOR_LONG, 6, 4, 4, 0, 0},  {TYPE_VECTOR_INT, 6, 2, 4, 0, 0},
-    {TYPE_VECTOR_LPACK, 8, 4, 6, 4, 0}, {TYPE_VECTOR_STRING, 8, 1, 4, 0, 6},
-    {TYPE_VECTOR_DATE, 6, 4, 4, 0, 0},  {TYPE_VECTOR_TIME, 6, 4, 4, 0, 0},
-    {TYPE_EMPTY, 4, 0, 0, 0, 0},        {TYPE_ERROR, 4, 2, 0, 0, 0},
-};
-
-constexpr FieldLayout kZul4Layouts[] = {
-    {TYPE_DOUBLE, 4, 8, 0, 0, 0},        {TYPE_LONG, 4, 4, 0, 0, 0},
-    {TYPE_INT, 4, 2, 0, 0, 0},           {TYPE_LPACK, 8, 4, 0, 4, 0},
-    {TYPE_STRING, 8, 1, 4, 0, 0},        {TYPE_DATE, 4, 4, 0, 0, 0},
-    {TYPE_TIME, 4, 4, 0, 0, 0},          {TYPE_VECTOR_DOUBLE, 8, 8, 4, 0, 0},
-    {TYPE_VECTOR_LONG, 8, 4, 4, 0, 0},   {TYPE_VECTOR_INT, 8, 2, 4, 0, 0},
-    {TYPE_VECTOR_LPACK, 12, 4, 4, 8, 0}, {TYPE_VECTOR_STRING, 12, 1, 8, 0, 4},
-    {TYPE_VECTOR_DATE, 8, 4, 4, 0, 0},   {TYPE_VECTOR_TIME, 8, 4, 4, 0, 0},
-    {TYPE_EMPTY, 4, 0, 0, 0, 0},         {TYPE_ERROR, 4, 2, 0, 0, 0},
-};
-
 constexpr std::uint64_t kTextEnd = 1;  // the NUL behind a text
 
 std::uint64_t size_of(const FieldLayout& layout, std::uint64_t count) {
@@ -71,29 +48,18 @@ bool count_elements(const FieldFormat& format, const FieldLayout& layout, Bytes 
 
 }  // namespace
 
-const FieldFormat kZul3Fields = {kZul3Layouts, std::size(kZul3Layouts), false, false};
-const FieldFormat kZul4Fields = {kZul4Layouts, std::size(kZul4Layouts), true, true};
-
-const FieldLayout* find_layout(const FieldFormat& format, int type) {
-  const FieldLayout* const end = format.layouts + format.layoutCount;
-  const FieldLayout* const found = std::find_if(
-      format.layouts, end, [type](const FieldLayout& layout) { return layout.type == type; });
-  return found == end ? nullptr : found;
-}
-
-std::uint64_t field_size(const FieldFormat& format, const FieldValue& value) {
-  const FieldLayout* const layout = find_layout(format, value.type);
-  if (layout == nullptr) return 0;
+std::uint64_t counted_field_size(const FieldFormat& format, const FieldValue& value) {
+  const FieldLayout& layout = *find_layout(format, value.type);
   const std::uint32_t mostCounted = format.wideCounts ? UINT32_MAX : UINT16_MAX;
-  if (layout->countAt != 0 && value.count > mostCounted) return 0;
-  if (value.elements == nullptr && value.count > 0 && layout->width > 0) return 0;
-  if (layout->stringsAt != 0 && !are_whole_strings(value.elements, value.count, value.strings)) {
+  if (layout.countAt != 0 && value.count > mostCounted) return 0;
+  if (value.elements == nullptr && value.count > 0) return 0;
+  if (layout.stringsAt != 0 && !are_whole_strings(value.elements, value.count, value.strings)) {
     return 0;
   }
-  return size_of(*layout, value.count);
+  return size_of(layout, value.count);
 }
 
-void write_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at) {
+void write_counted_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at) {
   const FieldLayout& layout = *find_layout(format, value.type);
   std::memset(at, 0, layout.elementsAt);
   store(at, static_cast<std::uint16_t>(value.type));
@@ -102,27 +68,23 @@ void write_field(const FieldFormat& format, const FieldValue& value, std::uint8_
   if (layout.baseCodeAt != 0) store(at + layout.baseCodeAt, value.baseCode);
   if (layout.stringsAt != 0) store_count(format, at + layout.stringsAt, value.strings);
   std::uint8_t* const elements = at + layout.elementsAt;
-  if (layout.width > 0) move_elements_of(layout.type, elements, value.elements, value.count);
+  move_elements_of(layout.type, elements, value.elements, value.count);
   if (layout.type == TYPE_STRING) elements[value.count] = 0;
 }
 
-bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
-  if (bytes.Left() < kFieldHead) return false;
+bool view_counted_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
   const std::uint8_t* const at = bytes.At();
-  view = FieldView{};
-  view.type = load<std::uint16_t>(at);
-  view.id = load<FID>(at + sizeof(std::uint16_t));
-  view.layout = find_layout(format, view.type);
-  if (view.layout == nullptr) return true;
   const FieldLayout& layout = *view.layout;
   if (bytes.Left() < layout.elementsAt) return false;
-  if (!count_elements(format, layout, bytes, view.count)) return false;
   view.elements = at + layout.elementsAt;
-  view.size = size_of(layout, view.count);
-  if (view.size > bytes.Left()) return false;
-  if (layout.baseCodeAt != 0) view.baseCode = load<std::uint16_t>(at + layout.baseCodeAt);
-  if (layout.stringsAt != 0) view.strings = load_count(format, at + layout.stringsAt);
-  return layout.type != TYPE_STRING || view.elements[view.count] == 0;
+  if (!count_elements(format, layout, bytes, view.count)) return false;
+  const std::uint64_t size = size_of(layout, view.count);
+  if (size > bytes.Left()) return false;
+  view.baseCode = layout.baseCodeAt != 0 ? load<std::uint16_t>(at + layout.baseCodeAt) : 0;
+  view.strings = layout.stringsAt != 0 ? load_count(format, at + layout.stringsAt) : 0;
+  if (layout.type == TYPE_STRING && view.elements[view.count] != 0) return false;
+  view.size = size;
+  return true;
 }
 
 bool holds_whole_strings(const FieldView& view) {

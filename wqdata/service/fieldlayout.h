@@ -4,7 +4,10 @@
 #ifndef WQDATA_SERVICE_FIELDLAYOUT_H_
 #define WQDATA_SERVICE_FIELDLAYOUT_H_
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include <wqdata/service/littleendian.h>
 #include <wqdata/types.h>
@@ -16,30 +19,93 @@ inline constexpr std::uint8_t kFieldHead = 4;  // type word, field identifier
 /// A field of one type. Offsets count from the start of the field; 0 stands for a word that the
 /// type does not have.
 struct FieldLayout {
-  std::uint8_t type;
+  std::uint8_t type;  ///< 0 for none
   std::uint8_t elementsAt;
   std::uint8_t width;       ///< of an element; a text and the strings of a vector count bytes
   std::uint8_t countAt;     ///< the number of elements; without it there is one
   std::uint8_t baseCodeAt;  ///< a word of 16 bits
   std::uint8_t stringsAt;   ///< the number of strings of a string vector
+  std::uint8_t fixedSize;   ///< bytes of the field, 0 where a count or a text says how many
 };
 
+/// The layouts stand at their types: a walk looks one up for each field.
 struct FieldFormat {
-  const FieldLayout* layouts;
-  int layoutCount;
+  static constexpr std::size_t kTypes = 128;
+
+  std::array<FieldLayout, kTypes> layouts;
   bool wideCounts;       ///< counts of 32 bits, not of 16
   bool countsTextBytes;  ///< a text has its length in front, and not its NUL alone behind it
 };
 
-extern const FieldFormat kZul3Fields;
-extern const FieldFormat kZul4Fields;
+/// A row of a format's table.
+struct FieldRow {
+  std::uint8_t type, elementsAt, width, countAt, baseCodeAt, stringsAt;
+};
+
+//                                   elements width count base strings
+inline constexpr FieldRow kZul3Rows[] = {
+    {TYPE_DOUBLE, 4, 8, 0, 0, 0},       {TYPE_LONG, 4, 4, 0, 0, 0},
+    {TYPE_INT, 4, 2, 0, 0, 0},          {TYPE_LPACK, 6, 4, 0, 4, 0},
+    {TYPE_STRING, 6, 1, 0, 0, 0},       {TYPE_DATE, 4, 4, 0, 0, 0},
+    {TYPE_TIME, 4, 4, 0, 0, 0},         {TYPE_VECTOR_DOUBLE, 6, 8, 4, 0, 0},
+    {TYPE_VECTOR_LONG, 6, 4, 4, 0, 0},  {TYPE_VECTOR_INT, 6, 2, 4, 0, 0},
+    {TYPE_VECTOR_LPACK, 8, 4, 6, 4, 0}, {TYPE_VECTOR_STRING, 8, 1, 4, 0, 6},
+    {TYPE_VECTOR_DATE, 6, 4, 4, 0, 0},  {TYPE_VECTOR_TIME, 6, 4, 4, 0, 0},
+    {TYPE_EMPTY, 4, 0, 0, 0, 0},        {TYPE_ERROR, 4, 2, 0, 0, 0},
+};
+
+inline constexpr FieldRow kZul4Rows[] = {
+    {TYPE_DOUBLE, 4, 8, 0, 0, 0},        {TYPE_LONG, 4, 4, 0, 0, 0},
+    {TYPE_INT, 4, 2, 0, 0, 0},           {TYPE_LPACK, 8, 4, 0, 4, 0},
+    {TYPE_STRING, 8, 1, 4, 0, 0},        {TYPE_DATE, 4, 4, 0, 0, 0},
+    {TYPE_TIME, 4, 4, 0, 0, 0},          {TYPE_VECTOR_DOUBLE, 8, 8, 4, 0, 0},
+    {TYPE_VECTOR_LONG, 8, 4, 4, 0, 0},   {TYPE_VECTOR_INT, 8, 2, 4, 0, 0},
+    {TYPE_VECTOR_LPACK, 12, 4, 4, 8, 0}, {TYPE_VECTOR_STRING, 12, 1, 8, 0, 4},
+    {TYPE_VECTOR_DATE, 8, 4, 4, 0, 0},   {TYPE_VECTOR_TIME, 8, 4, 4, 0, 0},
+    {TYPE_EMPTY, 4, 0, 0, 0, 0},         {TYPE_ERROR, 4, 2, 0, 0, 0},
+};
+
+template <std::size_t Count>
+constexpr std::array<FieldLayout, FieldFormat::kTypes> by_type(const FieldRow (&rows)[Count]) {
+  std::array<FieldLayout, FieldFormat::kTypes> layouts{};
+  for (const auto& [type, elementsAt, width, countAt, baseCodeAt, stringsAt] : rows) {
+    const bool fixed = countAt == 0 && type != TYPE_STRING;
+    const auto size = static_cast<std::uint8_t>(fixed ? elementsAt + width : 0);
+    layouts[type] = {type, elementsAt, width, countAt, baseCodeAt, stringsAt, size};
+  }
+  return layouts;
+}
+
+inline constexpr FieldFormat kZul3Fields = {by_type(kZul3Rows), false, false};
+inline constexpr FieldFormat kZul4Fields = {by_type(kZul4Rows), true, true};
 
 /// The layout of a type, null for a type word that no field has.
-const FieldLayout* find_layout(const FieldFormat& format, int type);
+inline const FieldLayout* find_layout(const FieldFormat& format, int type) {
+  const auto index = static_cast<unsigned>(type);
+  if (index >= FieldFormat::kTypes || format.layouts[index].type == 0) return nullptr;
+  return &format.layouts[index];
+}
 
 /// True for the types of a field that counts its elements, the strings of one included; a text is
 /// none.
 inline bool is_vector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= TYPE_VECTOR_TIME; }
+
+/// Moves elements of a type between a record and an array of the platform's byte order.
+void move_elements_of(int type, void* to, const void* from, std::size_t count);
+
+/// The same for the one element of a field of fixed size.
+inline void move_element_of(const FieldLayout& layout, std::uint8_t* to, const void* from) {
+  if constexpr (kSwapped) {
+    if (layout.width > 0) move_elements_of(layout.type, to, from, 1);
+    return;
+  }
+  switch (layout.width) {  // so that each copy is one of a known size
+    case sizeof(std::int16_t): std::memcpy(to, from, sizeof(std::int16_t)); return;
+    case sizeof(std::int32_t): std::memcpy(to, from, sizeof(std::int32_t)); return;
+    case sizeof(double): std::memcpy(to, from, sizeof(double)); return;
+    default: return;  // the field of no value
+  }
+}
 
 /// A field that is to be written.
 struct FieldValue {
@@ -51,13 +117,31 @@ struct FieldValue {
   std::uint32_t strings = 0;
 };
 
+/// The rest of `field_size` and `write_field`, for fields that say how large they are.
+std::uint64_t counted_field_size(const FieldFormat& format, const FieldValue& value);
+void write_counted_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at);
+
 /// The bytes that a field takes. 0 for one that the format can't carry: a type without a layout, a
 /// count beyond its word, no elements where some are counted, strings that are not as many as is
 /// said, or whose last lacks its NUL.
-std::uint64_t field_size(const FieldFormat& format, const FieldValue& value);
+inline std::uint64_t field_size(const FieldFormat& format, const FieldValue& value) {
+  const FieldLayout* const layout = find_layout(format, value.type);
+  if (layout == nullptr) return 0;
+  return layout->fixedSize != 0 ? layout->fixedSize : counted_field_size(format, value);
+}
 
 /// Writes a field of a `field_size` above 0, all bytes of it.
-void write_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at);
+inline void write_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at) {
+  const FieldLayout& layout = *find_layout(format, value.type);
+  if (layout.fixedSize == 0) return write_counted_field(format, value, at);
+  store(at, static_cast<std::uint16_t>(value.type));
+  store(at + sizeof(std::uint16_t), value.id);
+  if (layout.baseCodeAt != 0) store(at + layout.baseCodeAt, value.baseCode);
+  for (std::size_t gap = kFieldHead + sizeof value.baseCode; gap < layout.elementsAt; ++gap) {
+    at[gap] = 0;
+  }
+  move_element_of(layout, at + layout.elementsAt, value.elements);
+}
 
 /// A field in received bytes.
 struct FieldView {
@@ -71,9 +155,29 @@ struct FieldView {
   std::uint64_t size = 0;  ///< bytes of the field, all of which are there
 };
 
+/// The rest of `view_field`, for fields that say how large they are.
+bool view_counted_field(const FieldFormat& format, Bytes bytes, FieldView& view);
+
 /// Looks at the field at the front of `bytes`. False when its head, or what its type and counts
 /// call for, is not all there; a text must have its NUL.
-bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view);
+inline bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
+  if (bytes.Left() < kFieldHead) return false;
+  const std::uint8_t* const at = bytes.At();
+  view.type = load<std::uint16_t>(at);
+  view.id = load<FID>(at + sizeof(std::uint16_t));
+  view.layout = find_layout(format, view.type);
+  view.size = 0;
+  if (view.layout == nullptr) return true;
+  const FieldLayout& layout = *view.layout;
+  if (layout.fixedSize == 0) return view_counted_field(format, bytes, view);
+  if (bytes.Left() < layout.fixedSize) return false;
+  view.elements = at + layout.elementsAt;
+  view.count = 1;
+  view.strings = 0;
+  view.baseCode = layout.baseCodeAt != 0 ? load<std::uint16_t>(at + layout.baseCodeAt) : 0;
+  view.size = layout.fixedSize;
+  return true;
+}
 
 /// False for a string vector whose bytes are not just as many NUL-ended strings as it says.
 bool holds_whole_strings(const FieldView& view);
@@ -84,9 +188,6 @@ std::uint32_t count_strings(const void* strings, std::uint32_t bytes);
 /// The number of elements of a vector, 0 for any other field. Of strings it is what the bytes hold,
 /// whatever their number is said to be.
 std::uint32_t vector_size(const FieldView& view);
-
-/// Moves elements of a type between a record and an array of the platform's byte order.
-void move_elements_of(int type, void* to, const void* from, std::size_t count);
 
 }  // namespace wqd::service
 

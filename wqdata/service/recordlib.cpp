@@ -36,10 +36,14 @@ int enter_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) 
   return kDone;
 }
 
-/// Moves to the record that is being written, which is the last one.
-void enter_last_record(ZUL4HANDLE& handle) {
+/// Moves to the record that is being written, which is the last one. False for none.
+bool enter_last_record(ZUL4HANDLE& handle) {
+  if (handle.current == 0) ZUL4_seek_record(handle, 0);
+  if (handle.current == 0) return false;
+  if (handle.index + 1 == ZUL4_record_count(handle)) return true;
   while (ZUL4_next_record(handle) == kDone) {
   }
+  return true;
 }
 
 /// Makes room for `more` bytes. A text in the record itself, at `source`, moves along.
@@ -57,20 +61,29 @@ void set_length(ZUL4HANDLE& handle, std::uint64_t length) {
   store(handle.record + kZul4LengthAt, static_cast<std::uint32_t>(length));
 }
 
-int add(ZUL4HANDLE& handle, FieldValue value) {
-  const std::uint64_t size = field_size(kZul4Fields, value);
-  if (size == 0 || handle.record == nullptr || (handle.flags & kRefused) != 0) return kFailed;
-  if (handle.current == 0) ZUL4_seek_record(handle, 0);
-  enter_last_record(handle);
-  if (handle.current == 0) return kFailed;
+/// Counts a field of `size` bytes at the end of the last record, for which there is room then, and
+/// gives the place. Null, with nothing changed, when it is refused.
+std::uint8_t* append(ZUL4HANDLE& handle, std::uint64_t size, const void** source) {
+  if (handle.record == nullptr || (handle.flags & kRefused) != 0) return nullptr;
+  if (!enter_last_record(handle)) return nullptr;
   const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
-  if (fields == UINT16_MAX || !make_room(handle, size, &value.elements)) return kFailed;
-  const std::uint32_t length = ZUL4_length(handle);
+  const auto length = load<std::uint32_t>(handle.record + kZul4LengthAt);
+  if (fields == UINT16_MAX) return nullptr;
+  if (size > handle.capacity - length && !make_room(handle, size, source)) return nullptr;
   std::uint8_t* const head = handle.record + handle.current;
-  write_field(kZul4Fields, value, handle.record + length);
-  store(head + kZul4RecordLengthAt, static_cast<std::uint32_t>(length + size - handle.current));
+  const auto end = static_cast<std::uint32_t>(length + size);
+  store(head + kZul4RecordLengthAt, end - handle.current);
   store(head + kZul4FieldCountAt, static_cast<std::uint16_t>(fields + 1));
-  set_length(handle, length + size);
+  store(handle.record + kZul4LengthAt, end);
+  return handle.record + length;
+}
+
+/// Inlined into the adds, each of which knows its type: of the layout's questions none is left.
+[[gnu::always_inline]] inline int add(ZUL4HANDLE& handle, FieldValue value) {
+  const std::uint64_t size = field_size(kZul4Fields, value);
+  std::uint8_t* const at = size != 0 ? append(handle, size, &value.elements) : nullptr;
+  if (at == nullptr) return kFailed;
+  write_field(kZul4Fields, value, at);
   return kDone;
 }
 
@@ -158,12 +171,17 @@ int ZUL4_next_record(ZUL4HANDLE& handle) {
                       handle.current + static_cast<std::uint32_t>(record.Left()));
 }
 
-std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle) {
+std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle) {
   const Bytes record = record_at(handle, handle.current);
   if (record.Left() == 0) return 0;
-  const std::size_t most = (record.Left() - kZul4RecordHead) / kFieldHead;
-  const auto declared = load<std::uint16_t>(record.At() + kZul4FieldCountAt);
-  return static_cast<std::uint16_t>(std::min<std::size_t>(declared, most));
+  return load<std::uint16_t>(record.At() + kZul4FieldCountAt);
+}
+
+std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle) {
+  const std::uint16_t declared = ZUL4_declared_field_count(handle);
+  if (declared == 0) return 0;
+  const std::size_t fields = record_at(handle, handle.current).Left() - kZul4RecordHead;
+  return static_cast<std::uint16_t>(std::min<std::size_t>(declared, fields / kFieldHead));
 }
 
 int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index) {

@@ -73,7 +73,9 @@ int ZUL4_next_record(ZUL4HANDLE& handle);
 /// The record at the front of `bytes`, with its head; none where no whole record is there.
 Bytes ZUL4_record(Bytes bytes);
 
-/// The count of fields in the current record, as far as its bytes can hold them; 0 for none.
+/// The count of fields in the current record, 0 for none: as the record declares it, and as far as
+/// its bytes can hold them.
+std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle);
 std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle);
 
 /// Make a field of the current record the current one. Behind a failing step there is none.
