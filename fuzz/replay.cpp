@@ -1,5 +1,5 @@
-// Runs the saved inputs of a target without libFuzzer, each as it is, cut at every byte, and with
-// every byte damaged: what once failed stays mended on every build.
+// Runs the saved inputs of a target without libFuzzer, each as it is, and cut at and damaged in
+// each of its first 512 bytes: what once failed stays mended on every build.
 //
 //   replay_NAME DIRECTORY   prints the number of inputs run; fails when there was none
 #include <algorithm>

@@ -1,6 +1,8 @@
 // Received text: a walk of its pairs agrees with the parser, and with a walk of the text rewritten.
 #include <wqdata/textsupport/myparser.h>
 
+#include <algorithm>
+
 #include "walk.h"
 
 using namespace wqd_fuzz;
@@ -45,6 +47,23 @@ Pairs walked(wqd::CDataBlock& block) {
   return pairs;
 }
 
+/// Each record begins behind a line end, and its first field is the pair that stands there.
+void check_lines(wqd::CDataBlock& block, const char* text) {
+  int lines = 0;
+  const char* line = text;
+  for (bool more = block.FirstRecord(); more; more = block.NextRecord()) {
+    if (++lines <= 8) {
+      const Pairs rest = parsed(line);
+      wqd::CDataItem item;
+      const bool read = block.FirstField() && block.GetCurrentField(&item);
+      Expect(read == !rest.empty() && (!read || item.GetId() == rest.front().id),
+             "a record begins with its line");
+    }
+    const char* const end = std::strchr(line, '\n');
+    line = end != nullptr ? end + 1 : line + std::strlen(line);
+  }
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -52,13 +71,19 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const wqd::DataBlockPtr block = wrap(TEXT, text);
   const Pairs pairs = walked(*block);
   Expect(pairs == parsed(text.data()), "a walk and the parser agree");
-  for (std::size_t i = 0; i < std::min<std::size_t>(pairs.size(), 4); ++i) {
-    Expect(block->FirstRecord() && block->FindField(pairs[i].id), "a field is found");
+  for (const int id : {0, 22, 70000 % 65536, pairs.empty() ? 1 : int{pairs.back().id}}) {
+    const auto sought = static_cast<FID>(id);
+    const auto first = std::find_if(pairs.begin(), pairs.end(),
+                                    [sought](const Pair& pair) { return pair.id == sought; });
+    const bool there = block->FirstRecord() && block->FindField(sought);
+    wqd::CDataItem item;
+    if (first != pairs.end()) {
+      Expect(there && block->GetCurrentField(&item) && item.GetId() == sought, "a field is found");
+    } else {
+      Expect(!there || sought == 0, "no field is found that is not");  // 0 is what stands for none
+    }
   }
-  std::size_t lines = 0;
-  for (bool more = block->FirstRecord(); more; more = block->NextRecord()) {
-    Expect(++lines <= size + 1, "a walk of the lines ends");
-  }
+  check_lines(*block, text.data());
   std::string again;
   for (const auto& [id, value] : pairs) again += std::to_string(id) + ",\"" + value + "\"\n";
   if (!again.empty()) again.pop_back();

@@ -34,16 +34,40 @@ void check_text(wqd::CDataBlock& source, cf_id format, std::size_t rows) {
   Expect(static_cast<std::size_t>(lines) >= rows, "each row is a line");
 }
 
+/// What valid bytes hold arrives, and what can't be read is refused. Text goes into ZUL4 alone
+/// here: its records have fields of their own number, which ZUL3 can't say.
 void check_binary(wqd::CDataBlock& source, cf_id from, cf_id to, bool valid, std::size_t most) {
   Walked walked = walk(source, most);
   const wqd::DataBlockPtr target = new_block(to);
   const bool done = target->Add(&source);
-  Expect(done || !valid || to == ZUL3, "valid bytes go into ZUL4");
-  if (!done || !walked.whole || walked.longest > 16000 || !(valid || from == TEXT)) return;
+  Expect(done || !valid, "valid bytes are taken");
+  Expect(!done || walked.whole, "what can't be read is refused");
+  if (!done || (to == ZUL3 && from == TEXT)) return;
+  if (from != TEXT) {
+    Expect(walked.records.empty() ||
+               walked.records.size() >= static_cast<std::size_t>(source.GetRecordCount()),
+           "a source holds the records that it declares");
+  }
   if (to == ZUL3 && from == ZUL4) pad(walked);
-  if (to == ZUL3 && from == TEXT) return;  // lines have fields of their own number
   Expect(is_valid(*target, to), "what is written is valid");
   Expect(walk(*target, 4 * most + 65536) == walked, "what arrives is what was there");
+}
+
+void check_copy(wqd::CDataBlock& source, bool valid, std::size_t most) {
+  const wqd::DataBlockPtr copy(wqd::CDataBlock::NewDataBlock(&source));
+  Expect((copy == nullptr) == (source.GetFormat() == TEXT), "a copy is of a record format");
+  if (valid) Expect(walk(*copy, 2 * most) == walk(source, most), "a copy is equal");
+}
+
+/// Bytes are taken as they are, and only as bytes.
+void check_bytes(const Copy& bytes) {
+  const wqd::DataBlockPtr source = wrap(Btrieve, bytes), target = new_block(Btrieve);
+  Expect(target->Add(source.get()) && target->Add(source.get()), "bytes go into bytes");
+  Expect(target->GetDataSize() == 2 * bytes.size(), "bytes are appended");
+  for (const cf_id format : {ZUL3, ZUL4, TEXT}) {
+    const wqd::DataBlockPtr other = new_block(format);
+    Expect(other->Add(source.get()) && other->GetRecordCount() == 0, "bytes have no records");
+  }
 }
 
 }  // namespace
@@ -66,7 +90,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (!valid && from == ZUL4 && source->GetRecordCount() > 1000) return 0;  // padded to the most
   check_binary(*source, from, ZUL3, valid, most);
   Expect(!new_block(Btrieve)->Add(source.get()), "Btrieve takes Btrieve alone");
-  const wqd::DataBlockPtr copy(wqd::CDataBlock::NewDataBlock(source.get()));
-  Expect((copy == nullptr) == (from == TEXT), "a copy is of a record format");
+  check_copy(*source, valid, most);
+  check_bytes(bytes);
   return 0;
 }
