@@ -1,12 +1,9 @@
 // Runs the saved inputs of a target without libFuzzer, each as it is, and cut at and damaged in
 // each of its first 512 bytes: what once failed stays mended on every build.
 //
-//   replay_NAME DIRECTORY   prints the number of inputs run; fails when there was none
+//   replay_NAME FILE...   prints the number of inputs run; fails when there was none
 #include <algorithm>
 #include <clocale>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "target.h"
@@ -33,19 +30,24 @@ std::size_t run_damaged(const Bytes& bytes) {
   return 1 + 5 * most;
 }
 
+Bytes read_file(const char* path) {
+  Bytes bytes;
+  std::FILE* const file = std::fopen(path, "rb");
+  if (file == nullptr) std::abort();
+  for (int c = std::getc(file); c != EOF; c = std::getc(file)) {
+    bytes.push_back(static_cast<std::uint8_t>(c));
+  }
+  std::fclose(file);
+  return bytes;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const char* const locale = std::getenv("WQDATA_TEST_LOCALE");
   if (locale != nullptr && std::setlocale(LC_ALL, locale) == nullptr) return EXIT_FAILURE;
   std::size_t runs = 0;
-  if (argc == 2) {
-    for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
-      std::ifstream file(entry.path(), std::ios::binary);
-      const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-      runs += run_damaged(Bytes(bytes.begin(), bytes.end()));
-    }
-  }
+  for (int i = 1; i < argc; ++i) runs += run_damaged(read_file(argv[i]));
   std::printf("%zu inputs\n", runs);
   return runs > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
