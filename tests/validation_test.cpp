@@ -121,9 +121,12 @@ TEST(Validation, AgreesWithTheReaderOnWhatIsWrittenAndOnEveryDamage) {
 }
 
 TEST(Validation, WhatEveryBlockGivesIsValid) {
+  char room[200];
   for (const cf_id format : {TEXT, CSV, ZUL3, ZUL4, Btrieve}) {
     for (int records = 0; records < 3; ++records) {
-      const DataBlockPtr block = NewBlock(format);
+      DataBlockPtr block = NewBlock(format);
+      if (format == ZUL4 && records == 2)
+        block.reset(CDataBlock::FixedSizeDataBlock(ZUL4, room, 200));
       for (int record = 0; record < records; ++record) {
         block->StartRecord();
         block->Add(FID{1}, "a") || block->AddBlob(FID{1}, "a", 1);
@@ -135,6 +138,25 @@ TEST(Validation, WhatEveryBlockGivesIsValid) {
         EXPECT_EQ(FaultOf(format, BytesOf(*block)), "valid") << CfName(format) << ' ' << records;
       }
     }
+  }
+}
+
+/// Processor time for a block of so many records, each of 60000 fields of 4 bytes.
+double TimeOf(cf_id format, std::size_t records) {
+  const std::vector<std::string> fields(60000, Word(TYPE_EMPTY, 4));
+  const std::string bytes = BlockOf(format, std::vector(records, fields));
+  const std::clock_t begin = std::clock();
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(FaultOf(format, bytes), "valid");
+  return static_cast<double>(std::clock() - begin);
+}
+
+TEST(Validation, CostsAByteWhatItCostsInASmallBlock) {
+  for (const cf_id format : kBinaryFormats) {
+    double ratio = 40;
+    for (int attempt = 0; attempt < 3 && ratio >= 40; ++attempt) {  // noise may spoil one or two
+      ratio = TimeOf(format, 10) / (TimeOf(format, 1) + 1);
+    }
+    EXPECT_LT(ratio, 40) << CfName(format);
   }
 }
 

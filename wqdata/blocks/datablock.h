@@ -18,26 +18,27 @@ WQDATA_API cf_id CfId(const char* name);
 WQDATA_API const char* CfName(cf_id format);
 
 /// Whether the `size` bytes at `data` are one whole, well-formed block of `format`: all that their
-/// header and their fields declare is there, and nothing else is. A program that takes records from
-/// strangers asks once and then meets no field that can't be read.
+/// header and their fields declare is there, and nothing else is. A program that takes records of
+/// ZUL3 or ZUL4 from strangers asks once and then meets no field that can't be read.
 ///
 ///     std::size_t offset = 0;
 ///     const char* reason = "";
 ///     if (!ValidateData(ZUL3, data, size, &offset, &reason)) reject(offset, reason);
 ///
-/// If not, `offset` receives the place of the first fault, counted from `data` and at most `size`
-/// (of a field or a record at fault its start, of a header the word), and `reason` a constant text
-/// that says what is wrong there. Either may be null, and both stay as they are when the answer is
-/// true. Values are not judged: a month of 13 is as good as any.
+/// If not, `offset` receives the place of the first fault, counted from `data`: of a field or a
+/// record its start, of a header the word, and `size` where something is missing at the end.
+/// `reason` receives a constant text that says what is wrong there. Either may be null, and both
+/// stay as they are when the answer is true. Values are not judged: a month of 13 is as good as
+/// any.
 ///
 /// - TEXT and CSV: any text and its NUL, or several. Btrieve: any bytes.
 /// - ZUL3 and ZUL4: by the rules of docs/formats.md, and in ZUL3 with the last record finished.
 /// - Any other format, null with a `size` above 0, and 2 GiB or more: false.
 ///
-/// What a block gives by `GetData` is valid, where it is not null, after the `EndRecord` of a ZUL3
-/// block whose records have the same number of fields, and after the only `Close` of a text, or
-/// several in a row. No more than the `size` bytes are read, in time linear in `size` whatever they
-/// declare, and nothing is allocated. Safe on any thread.
+/// What `GetData` of a block that was written gives, where it is not null, is valid: in ZUL3 after
+/// the `EndRecord` of each record, all of the same number of fields and none of them refused, and
+/// in a text after its only `Close`, or several in a row. No more than the `size` bytes are read,
+/// in time linear in `size` whatever they declare, and nothing is allocated. Safe on any thread.
 WQDATA_API bool ValidateData(cf_id format, const void* data, std::size_t size,
                              std::size_t* offset = nullptr, const char** reason = nullptr);
 
@@ -113,7 +114,8 @@ class WQDATA_API CDeletable {
 ///   elements are taken, a vector added directly may have 65535, and a vector of strings 65535
 ///   bytes. Adding a blob item is true, and leaves it out with a line in the log. A record that
 ///   lacks a refused field makes the ones before it unreadable too: end the block there. Between
-///   `StartRecord` and the first addition the count is 0; a record that stays empty is none.
+///   `StartRecord` and the first addition the count is 0, and a walk or a transfer then meets other
+///   records than were written; a record that stays empty is none.
 /// - ZUL4 has a count for each record, and counts a record when it starts. Vectors go whole. A
 ///   blob item is refused. An addition moves the cursor to the record that is being written. Where
 ///   a record can't be opened, `StartRecord` is true as ever and each of its fields is refused.
