@@ -1,6 +1,4 @@
-// What the binary blocks refuse, and what is left then; and how they grow.
-#include <ctime>
-
+// What the binary blocks refuse, and what is left then.
 #include "allocations.h"
 #include "fieldvalue.h"
 
@@ -16,7 +14,6 @@ Fields OneOfEach() {
     Field field = VectorOf(type, IsVector(type) || type == TYPE_STRING ? 3 : 1);
     if (type == TYPE_DATE) field.bytes = ValueBytes(ZULDATE{31, 12, 2004});
     if (type == TYPE_TIME) field.bytes = ValueBytes(ZULTIME{1439, 59});
-    if (type == TYPE_DOUBLE) field.bytes = ValueBytes(1.5);
     fields.push_back(field);
   }
   return fields;
@@ -196,58 +193,6 @@ TEST(FixedBuffer, OfEverySizeTakesWhatFitsAndTouchesNothingElse) {
   EXPECT_TRUE(none->GetData() == nullptr && Accepted(*none) == "StartRecord EndRecord");
 }
 
-TEST(Growth, BytesOfTheBlockItselfAreTakenAsTheyStoodThere) {
-  const Spoiling spoiling;
-  const std::string text(40, 'y');
-  for (const cf_id format : kBinaryFormats) {
-    const DataBlockPtr block = NewBlock(format);
-    ASSERT_TRUE(block->StartRecord() && block->Add(FID{1}, text.c_str()));
-    for (int i = 0; i < 2000; ++i) {
-      const auto* const data = static_cast<const char*>(block->GetData());
-      ASSERT_TRUE(block->Add(FID{1}, data + (format == ZUL3 ? 18 : 24)));
-    }
-    ASSERT_TRUE(block->EndRecord());
-    EXPECT_EQ(Read(*block), (std::vector<Fields>{Fields(2001, {TYPE_STRING, 1, text})}));
-  }
-  const DataBlockPtr block = NewBlock(Btrieve);
-  std::string expected = "ab";
-  ASSERT_TRUE(block->AddBlob(FID{1}, "ab", 2));
-  for (int i = 0; i < 14; ++i) {
-    const auto size = static_cast<std::uint32_t>(expected.size());
-    ASSERT_TRUE(block->AddBlob(FID{1}, static_cast<char*>(block->GetData()) + 1, size - 1));
-    expected += expected.substr(1);
-  }
-  EXPECT_EQ(BytesOf(*block), expected);
-}
-
-/// Processor time for a block of so many records, or of as many blobs.
-double TimeOf(cf_id format, int records) {
-  reallocs = 0;
-  const std::clock_t begin = std::clock();
-  const DataBlockPtr block = NewBlock(format);
-  bool done = true;
-  for (int record = 0; record < records; ++record) {
-    block->StartRecord();
-    for (int i = 0; i < 50; ++i) {
-      done = done && (block->Add(static_cast<FID>(i), record) || block->AddBlob(FID{1}, "blob", 4));
-    }
-    block->EndRecord();
-  }
-  EXPECT_TRUE(done && block->GetDataSize() >= records * 50 * 4);
-  EXPECT_LT(reallocs, 60) << records;
-  return static_cast<double>(std::clock() - begin);
-}
-
-TEST(Growth, CostsWhatTheRecordsCost) {
-  for (const cf_id format : {ZUL3, ZUL4, Btrieve}) {
-    double ratio = 40;
-    for (int attempt = 0; attempt < 3 && ratio >= 40; ++attempt) {  // noise may spoil one or two
-      ratio = TimeOf(format, 60000) / (TimeOf(format, 6000) + 1);
-    }
-    EXPECT_LT(ratio, 40) << CfName(format);
-  }
-}
-
 TEST(Btrieve, HoldsACopyAndNothingButBytes) {
   char bytes[] = "abcdefg";
   for (const int size : {-1, 0, 7}) {
@@ -270,8 +215,6 @@ TEST(Btrieve, HoldsACopyAndNothingButBytes) {
   }
   const DataBlockPtr empty(CDataBlock::NewDataBlock(Btrieve, nullptr, 7));
   EXPECT_TRUE(empty->GetData() == nullptr && empty->GetFormat() == Btrieve && empty->Close());
-  const Shortage none;
-  EXPECT_EQ(CDataBlock::NewDataBlock(Btrieve, bytes, 7), nullptr);
 }
 
 }  // namespace
