@@ -63,13 +63,15 @@ void TakeTurn(int, const char*, void* context) {
 TEST(Log, GivesEachSinkItsOwnContextWhileTheyTakeTurns) {
   std::pair<int, std::atomic<int>> a(1, 0), b(2, 0);
   set_log_sink(TakeTurn<1>, &a);
-  std::thread other([] {
-    for (int i = 0; i < 5000; ++i) log_message(i % 4, "%d", i);
+  std::atomic<bool> running = true;
+  std::thread other([&running] {
+    for (int i = 0; i < 50000; ++i) log_message(1, "%d", i);
+    running = false;
   });
-  for (int i = 0; i < 5000; ++i) set_log_sink(TakeTurn<2>, &b), set_log_sink(TakeTurn<1>, &a);
+  while (running) set_log_sink(TakeTurn<2>, &b), set_log_sink(TakeTurn<1>, &a);
   other.join();
   set_log_sink(nullptr, nullptr);
-  EXPECT_EQ(a.second + b.second, 5000);
+  EXPECT_EQ(a.second + b.second, 50000);
 }
 
 TEST(Fraction, ReadsEveryFractionOfBothNotations) {
@@ -92,11 +94,10 @@ TEST(Fraction, ReadsEveryFractionOfBothNotations) {
 }
 
 TEST(Fraction, TellsWhatIsNone) {
-  const std::pair<const char*, double> rows[] = {{"17592186044416 1/2", 17592186044416.5},
-                                                 {"101\v007/0008", 101.875},
-                                                 {"-0 1/8", -0.125},
-                                                 {"+1/8", 0.125}};
-  for (const auto& [text, expected] : rows) EXPECT_EQ(fraction_to_double(text), expected) << text;
+  EXPECT_EQ(fraction_to_double("17592186044416 1/2"), 17592186044416.5);
+  EXPECT_EQ(fraction_to_double("101\v007/0008"), 101.875);
+  EXPECT_EQ(fraction_to_double("-0 1/8"), -0.125);
+  EXPECT_EQ(fraction_to_double("+1/8"), 0.125);
   for (const char* text : {static_cast<const char*>(nullptr), "", " ", "1\x01/2"}) {
     EXPECT_EQ(fraction_to_double(text), MISSING_DOUBLE) << testing::PrintToString(text);
   }
