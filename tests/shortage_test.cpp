@@ -181,17 +181,15 @@ TEST(Shortage, Items) {
   char* const bytes = const_cast<char*>(text.data());
   const CDataItem longText(FID{7}, bytes, -1), blob(bytes, 600);
   const CDataItem vector = ItemOf(VectorOf(TYPE_VECTOR_DOUBLE, 100));
-  const struct {
-    int type, size;
-    std::function<void(CDataItem&)> make;
-  } changes[] = {{TYPE_STRING, 2001, [&](CDataItem& item) { item.Set(FID{7}, bytes, -1); }},
-                 {TYPE_STRING, 2001, [&](CDataItem& item) { item.SetText(FID{7}, bytes, 2000); }},
-                 {TYPE_EMPTY, 600, [&](CDataItem& item) { item.Set(bytes, 600); }},
-                 {TYPE_VECTOR_LONG, 100,
-                  [&](CDataItem& item) { item.SetVector(FID{7}, TYPE_VECTOR_LONG, bytes, 100); }},
-                 {TYPE_STRING, 2001, [&](CDataItem& item) { item.Copy(longText); }},
-                 {TYPE_VECTOR_DOUBLE, 100, [&](CDataItem& item) { item = vector; }},
-                 {TYPE_EMPTY, 600, [&](CDataItem& item) { item.Copy(blob); }}};
+  // With the size that each leads to, which no start has.
+  const std::pair<int, std::function<void(CDataItem&)>> changes[] = {
+      {2001, [&](CDataItem& item) { item.Set(FID{7}, bytes, -1); }},
+      {2001, [&](CDataItem& item) { item.SetText(FID{7}, bytes, 2000); }},
+      {600, [&](CDataItem& item) { item.Set(bytes, 600); }},
+      {100, [&](CDataItem& item) { item.SetVector(FID{7}, TYPE_VECTOR_LONG, bytes, 100); }},
+      {2001, [&](CDataItem& item) { item.Copy(longText); }},
+      {100, [&](CDataItem& item) { item = vector; }},
+      {600, [&](CDataItem& item) { item.Copy(blob); }}};
   const Field starts[] = {{TYPE_STRING, 1, "short"},
                           {TYPE_STRING, 1, Letters(700)},
                           {TYPE_DOUBLE, 1, ValueBytes(2.5)},
@@ -201,10 +199,7 @@ TEST(Shortage, Items) {
     for (const auto& change : changes) {
       Sweep(
           "change " + std::to_string(&change - changes), [&] { return ItemOf(start); },
-          [&](CDataItem& item) {
-            change.make(item);
-            return item.GetType() == change.type && item.GetSize() == change.size;
-          },
+          [&](CDataItem& item) { return change.second(item), item.GetSize() == change.first; },
           [](CDataItem& item) {
             return testing::PrintToString(FieldOf(item)) + FieldOf(item).bytes;
           });
