@@ -90,15 +90,14 @@ TEST(Refused, OtherLines) {
 
 TEST(Refused, FieldsAndRecordsBeyond65535) {
   for (const cf_id format : kBinaryFormats) {
-    const DataBlockPtr wide = NewBlock(format), high = NewBlock(format);
+    const DataBlockPtr wide = NewBlock(format);
     Fields fields;
-    std::vector<Fields> records;
+    Records records;
     EXPECT_TRUE(wide->StartRecord());
     for (int i = 0; i < 65535; ++i) {
       fields.push_back(LongField(static_cast<FID>(i), i));
       records.push_back({LongField(FID{1}, i)});
-      ASSERT_TRUE(wide->Add(static_cast<FID>(i), i) && high->StartRecord() &&
-                  high->Add(FID{1}, i) && high->EndRecord());
+      ASSERT_TRUE(wide->Add(static_cast<FID>(i), i));
     }
     const std::string before = BytesOf(*wide);
     const LogCapture log;
@@ -111,10 +110,10 @@ TEST(Refused, FieldsAndRecordsBeyond65535) {
     EXPECT_TRUE(format == ZUL3 ? room >= wide->GetDataSize() && room < 1 << 24
                                : line == "Couldn't allocate ZUL4 record size 524296")
         << line;
-    EXPECT_TRUE(wide->EndRecord() && Read(*wide) == std::vector<Fields>{fields});
-    const DataBlockPtr one = NewBlock(ZUL4);
-    EXPECT_TRUE(one->StartRecord() && (format == ZUL4 || one->Add(FID{1}, 7)) && one->EndRecord());
-    EXPECT_FALSE(high->Add(one.get()));
+    EXPECT_TRUE(wide->EndRecord() && Read(*wide) == Records{fields});
+    const DataBlockPtr high = Build(format, records);
+    EXPECT_FALSE(high->Add(Build(ZUL4, {{LongField(FID{1}, 7)}}).get()));
+    EXPECT_TRUE(format == ZUL3 || !high->Add(Build(ZUL4, {{}}).get()));
     EXPECT_TRUE(high->StartRecord());
     EXPECT_EQ(high->Add(FID{1}, 7), format == ZUL3);  // the record is opened by its end, or start
     EXPECT_EQ(high->EndRecord(), format == ZUL4);
@@ -167,7 +166,7 @@ TEST(FixedBuffer, OfEverySizeTakesWhatFitsAndTouchesNothingElse) {
     std::string buffer(static_cast<std::size_t>(std::max(size, 0)) + 2, 'x');
     const DataBlockPtr fixed(CDataBlock::FixedSizeDataBlock(ZUL4, &buffer[1], size));  // at odd
     EXPECT_TRUE(!fixed->IsReadOnly() && (fixed->GetData() == &buffer[1]) == (size >= 8));
-    std::vector<Fields> expected;
+    Records expected;
     all = true;
     for (int record = 0; record < 2; ++record) {
       const bool opens = size - std::max(fixed->GetDataSize(), 8) >= 8;
