@@ -1,5 +1,5 @@
 /// The roads to memory of a program that is linked with --wrap=realloc, for its one source file:
-/// allocations are counted, can be refused, and what a block moved away from can be spoiled.
+/// allocations are counted, can be refused, and what a block moved away from is spoiled.
 #ifndef WQDATA_TESTS_ALLOCATIONS_H_
 #define WQDATA_TESTS_ALLOCATIONS_H_
 
@@ -14,7 +14,6 @@ namespace wqd_test {
 inline int news = 0;
 inline int reallocs = 0;
 inline std::size_t largestRealloc = SIZE_MAX;
-inline bool reallocSpoils = false;
 inline int untilRefusal = 0;  // the allocation to refuse, from 1; 0 for none, -1 when it was
 inline bool refusalLasts = false;
 
@@ -34,12 +33,6 @@ struct Refusal {
 
   /// False while fewer allocations were made.
   bool Reached() const { return untilRefusal <= 0; }
-};
-
-/// Until its end, what is moved goes elsewhere, and its former bytes are overwritten.
-struct Spoiling {
-  Spoiling() { reallocSpoils = true; }
-  ~Spoiling() { reallocSpoils = false; }
 };
 
 /// Counts an allocation, and tells whether it is one to refuse.
@@ -75,11 +68,10 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 extern "C" {  // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
-void* __real_realloc(void* memory, std::size_t size);
 void* __wrap_realloc(void* old, std::size_t size) {
   ++wqd_test::reallocs;
   if (size > wqd_test::largestRealloc || wqd_test::Refused()) return nullptr;
-  if (!wqd_test::reallocSpoils || old == nullptr) return __real_realloc(old, size);
+  if (old == nullptr) return std::malloc(size);
   const std::size_t held = malloc_usable_size(old);
   void* const moved = std::malloc(size);
   if (moved == nullptr) return nullptr;

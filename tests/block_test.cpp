@@ -79,12 +79,6 @@ TEST(Factory, CountsItsBlocksAndLogsNothing) {
     EXPECT_TRUE(aroundNull->Add(FID{1}, "a") && BytesOf(*aroundNull) == "a");
   }
   EXPECT_EQ(log.lines(), LogCapture::Lines{});
-  const auto work = [] {
-    for (int i = 0; i < 5000; ++i) NewBlock(CSV);
-  };
-  std::thread other(work);
-  work();
-  other.join();
   EXPECT_EQ(CDataBlock::_instances, before);
 }
 

@@ -4,6 +4,8 @@
 #include <unistd.h>
 #include <wqdata/textsupport/helpers.h>
 
+#include <sstream>
+
 #include "support.h"
 
 namespace {
@@ -75,13 +77,9 @@ TEST(Helpers, GetFileModTimeCountsFrom1970) {
 
 /// The file name of three parts with ";" between them, of which "0" is a null one.
 std::string FileName(const std::string& parts, int size) {
+  std::istringstream in(parts);
   std::string part[3];
-  std::size_t at = 0;
-  for (std::string& text : part) {
-    const std::size_t end = std::min(parts.find(';', at), parts.size());
-    text = parts.substr(at, end - at);
-    at = end + 1;
-  }
+  for (std::string& text : part) std::getline(in, text, ';');
   const auto given = [&part](int i) { return part[i] == "0" ? nullptr : part[i].c_str(); };
   std::string buffer(static_cast<std::size_t>(size) + 1, 'x');
   const int length = GetZulFileName(given(0), given(1), given(2), buffer.data(), size);
@@ -101,12 +99,10 @@ TEST(Helpers, GetZulFileNameCompletesThePath) {
     0;0;0 => /usr/bin    | 0;;0 => /usr/bin             | 0;0;/.. => / | 0;0;/// => /
   )",
              [](const std::string& parts) { return FileName(parts, 100); });
-  EXPECT_EQ(FileName("/a;b;c", 7), "/a/b/c");
-  EXPECT_EQ(FileName("/a;b;c", 6), "");
-  EXPECT_EQ(FileName("0;0;/a/b/c", 7), "/a/b/c");
-  EXPECT_EQ(FileName("0;0;/a/b/c", 6), "");
-  EXPECT_EQ(FileName("0;0;a", 10), "");
-  EXPECT_EQ(FileName("0;0;a", 11), "/usr/bin/a");
+  // The room for a name, on both sides of what it needs.
+  EXPECT_EQ(FileName("/a;b;c", 7) + FileName("/a;b;c", 6), "/a/b/c");
+  EXPECT_EQ(FileName("0;0;/a/b/c", 7) + FileName("0;0;/a/b/c", 6), "/a/b/c");
+  EXPECT_EQ(FileName("0;0;a", 11) + FileName("0;0;a", 10), "/usr/bin/a");
   EXPECT_EQ(GetZulFileName("a", "b", "c", nullptr, 10), 0);
   char directory[20] = "/data";
   EXPECT_EQ(GetZulFileName(directory, "x", "a", directory, 20), 9) << directory;

@@ -18,23 +18,16 @@ constexpr std::int64_t kMargin = 12;             // steps; more than any clock i
 constexpr std::int64_t kFirstTime = 1798761600;  // 1 January 2027
 constexpr std::int64_t kSteps = 2 * 365 * 86400 / kStep + 96;  // to 1 January 2029
 
-std::int64_t OffsetAt(std::int64_t step) {
-  const std::time_t time = kFirstTime + step * kStep;
-  std::tm parts;
-  return localtime_r(&time, &parts)->tm_gmtoff;
-}
-
 /// Seconds ahead of UTC at each step, from `kMargin` steps before the first to as many behind the
-/// last, by the C library. It is asked every hour, and every step of an hour with a change.
+/// last, by the C library.
 std::vector<std::int64_t> Offsets(const std::string& zone) {
   setenv("TZ", zone.c_str(), 1);
   tzset();
-  std::vector<std::int64_t> offsets{OffsetAt(-kMargin)};
-  for (std::int64_t i = -kMargin; i < kSteps + kMargin; i += 4) {
-    const std::int64_t now = offsets.back();
-    const std::int64_t next = OffsetAt(i + 4);
-    for (const int step : {1, 2, 3}) offsets.push_back(now == next ? now : OffsetAt(i + step));
-    offsets.push_back(next);
+  std::vector<std::int64_t> offsets;
+  for (std::int64_t i = -kMargin; i <= kSteps + kMargin; ++i) {
+    const std::time_t time = kFirstTime + i * kStep;
+    std::tm parts;
+    offsets.push_back(localtime_r(&time, &parts)->tm_gmtoff);
   }
   return offsets;
 }
@@ -56,21 +49,15 @@ bool IsRepeated(const std::int64_t* offset) {
 /// The longest time in minutes for which the zone is wrong, in one direction or the other.
 std::int64_t WorstError(const CTimeZone& zone, const std::vector<std::int64_t>& standing) {
   std::int64_t worst = 0, toLocal = 0, toUtc = 0;
-  bool localIsWrong = false, utcIsWrong = false;
   for (std::int64_t i = 0; i < kSteps; ++i) {
     const std::int64_t* const offset = &standing[static_cast<std::size_t>(i + kMargin)];
-    const bool isNearChange = offset[-kMargin] != offset[kMargin];
-    if (i % 4 == 0 || isNearChange) {
-      const SYSTEMTIME utc = Reading(kFirstTime + i * kStep);
-      const SYSTEMTIME local = Reading(kFirstTime + i * kStep + *offset);
-      SYSTEMTIME results[2];
-      UtcTimeToTzTime(&zone, &utc, &results[0]);
-      TzTimeToUtcTime(&zone, &local, &results[1], -1);
-      localIsWrong = std::memcmp(&results[0], &local, sizeof local) != 0;
-      utcIsWrong = std::memcmp(&results[1], &utc, sizeof utc) != 0 && !IsRepeated(offset);
-    }
-    toLocal = localIsWrong ? toLocal + 1 : 0;
-    toUtc = utcIsWrong ? toUtc + 1 : 0;
+    const SYSTEMTIME utc = Reading(kFirstTime + i * kStep);
+    const SYSTEMTIME local = Reading(kFirstTime + i * kStep + *offset);
+    SYSTEMTIME shown, back;
+    UtcTimeToTzTime(&zone, &utc, &shown);
+    TzTimeToUtcTime(&zone, &local, &back, -1);
+    toLocal = std::memcmp(&shown, &local, sizeof local) == 0 ? 0 : toLocal + 1;
+    toUtc = std::memcmp(&back, &utc, sizeof utc) == 0 || IsRepeated(offset) ? 0 : toUtc + 1;
     worst = std::max({worst, toLocal, toUtc});
   }
   return worst * kStep / 60;

@@ -96,17 +96,13 @@ TEST(Prices, RoundTheExactValueOnceHalvesAwayFromZero) {
 TEST(Prices, PrintedAndReadBackAreTheSameInEveryCodeAndLocale) {
   const DecimalComma locale;
   std::mt19937 random(2);
-  for (const int code : {0,  1,   2,   3,   4,   5,   6,   7,   8,   15,  16, 17,
-                         18, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110}) {
-    for (int i = 0; i < 20'000; ++i) {
+  for (int code = 0; code <= 110; ++code) {
+    for (int i = 0; i < 20'000 && ToText(code, 5) != "N/A"; ++i) {
       const std::int32_t price = static_cast<std::int32_t>(random()) >> random() % 32;
-      if (price == MISSING_LONG) continue;
-      const std::string text = ToText(code, price);
-      const double written = CFixPtNum(price, code);
-      ASSERT_EQ(double{CFixPtNum(text.c_str())}, written) << code << ' ' << price << ' ' << text;
-      const CFixPtNum again(written, code);
-      ASSERT_EQ(double{again}, written) << code << ' ' << price;
-      ASSERT_TRUE(code == 110 || std::int32_t{again} == price) << code << ' ' << price;
+      const CFixPtNum written(price, code);
+      ASSERT_EQ(double{CFixPtNum(ToText(code, price).c_str())}, double{written})
+          << code << ' ' << price;
+      ASSERT_TRUE(code == 110 || std::int32_t{written} == price) << code << ' ' << price;
     }
   }
   if (!locale.InForce()) GTEST_SKIP() << "no locale with a decimal comma: not shown in one";

@@ -5,6 +5,8 @@
 #include <wqdata/textsupport/myparser.h>
 #include <wqdata/values/timezone.h>
 
+#include <functional>
+
 #include "allocations.h"
 #include "fieldvalue.h"
 
@@ -44,85 +46,85 @@ void Sweep(const std::string& name, Make make, Operate operate, Show show) {
   }
 }
 
+/// The same for an operation without an object.
+template <typename Operate>
+void Sweep(const std::string& name, Operate operate) {
+  const auto none = [] { return 0; };
+  Sweep(
+      name, none, [&](int) { return operate(); }, [](int) { return ""; });
+}
+
 std::string Show(const DataBlockPtr& block) {
   std::ostringstream out;
-  out << block->GetRecordCount() << " records, " << block->GetFieldCount() << " fields: ";
+  out << block->GetRecordCount() << " records, " << block->GetFieldCount() << " fields, at "
+      << block->GetCurrentFieldId() << ": ";
   return out.str() + BytesOf(*block);
 }
 
-/// A block with a record open and a field in it, and next to no room for more.
+/// A block in whose first record a walk stands, with another one open and a field in it, and next
+/// to no room for more.
 DataBlockPtr Filled(cf_id format) {
+  static const std::string letters = Letters(65529);
   DataBlockPtr block = NewBlock(format);
-  static const std::string letters = Letters(65536);
-  EXPECT_TRUE(block->AddBlob(FID{1}, letters.c_str(), 65536) ||
-              (block->StartRecord() && block->Add(FID{1}, letters.c_str() + 1)));
+  EXPECT_TRUE(block->AddBlob(FID{1}, letters.c_str(), 65529) ||
+              (block->StartRecord() && block->Add(FID{1}, 1) && block->Add(FID{2}, "a") &&
+               block->EndRecord() && block->Close() && block->FirstRecord() &&
+               block->StartRecord() && block->Add(FID{1}, letters.c_str())));
   return block;
 }
 
 template <typename Operate>
 void SweepBlock(cf_id format, const std::string& name, Operate operate) {
   const LogCapture log;
-  Sweep(
-      std::string(CfName(format)) + ' ' + name, [&] { return Filled(format); },
-      [&](const DataBlockPtr& block) { return operate(*block); }, Show);
+  const auto make = [format] { return Filled(format); };
+  const auto on_block = [&](const DataBlockPtr& block) { return operate(*block); };
+  Sweep(CfName(format) + (' ' + name), make, on_block, Show);
 }
 
 TEST(Shortage, AddingAField) {
   const std::string text = Letters(2000), strings = "a" + std::string(1, '\0');
-  const double doubles[] = {1.5, 2.5};
-  const std::int32_t longs[] = {1, 2};
-  const std::int16_t shorts[] = {1, 2};
-  const ZULDATE dates[] = {{1, 2, 2003}};
-  const ZULTIME times[] = {{1, 2}};
+  const double real = 2.5;
+  const std::int32_t number = 7;
+  const std::int16_t small = 7;
+  const ZULDATE date = {1, 2, 2003};
+  const ZULTIME time = {1, 2};
   for (const cf_id format : {TEXT, CSV, ZUL3, ZUL4}) {
     for (const int type : kFieldTypes) {
       CDataItem item = ItemOf(VectorOf(type, IsVector(type) || type == TYPE_STRING ? 2000 : 1));
       SweepBlock(format, "item of " + std::to_string(type),
                  [&](CDataBlock& block) { return block.Add(item); });
     }
-    const auto sweep = [&](auto... values) {
-      SweepBlock(format, "value", [&](CDataBlock& block) { return block.Add(FID{1}, values...); });
+    const auto value = [format](auto added) {
+      SweepBlock(format, "value", [&](CDataBlock& block) { return block.Add(FID{1}, added); });
     };
-    sweep(text.c_str()), sweep(2.5), sweep(std::int32_t{7}), sweep(std::int16_t{7});
-    sweep(dates[0]), sweep(CZulDate(dates[0])), sweep(times[0]), sweep(CZulTime(times[0]));
-    sweep(CFixPtNum(7, 105));
-    SweepBlock(format, "error", [](CDataBlock& block) { return block.AddError(FID{1}, 3); });
+    value(text.c_str()), value(real), value(number), value(small), value(date), value(time);
+    value(CZulDate(date)), value(CZulTime(time)), value(CFixPtNum(7, 105));
+    const auto by = [format](auto add, auto... values) {
+      SweepBlock(format, "call",
+                 [&](CDataBlock& block) { return (block.*add)(FID{1}, values...); });
+    };
+    by(&CDataBlock::AddError, small);
     if (format == TEXT || format == CSV) continue;
-    SweepBlock(format, "vectors", [&](CDataBlock& b) { return b.AddDoubleVector(1, doubles, 2); });
-    SweepBlock(format, "vectors", [&](CDataBlock& b) { return b.AddLongVector(1, longs, 2); });
-    SweepBlock(format, "vectors", [&](CDataBlock& b) { return b.AddShortVector(1, shorts, 2); });
-    SweepBlock(format, "vectors", [&](CDataBlock& b) { return b.AddDateVector(1, dates, 1); });
-    SweepBlock(format, "vectors", [&](CDataBlock& b) { return b.AddTimeVector(1, times, 1); });
-    SweepBlock(format, "vectors",
-               [&](CDataBlock& b) { return b.AddPriceVector(1, longs, 105, 2); });
-    SweepBlock(format, "vectors",
-               [&](CDataBlock& b) { return b.AddStringVector(1, strings.c_str(), 1, 2); });
+    by(&CDataBlock::AddDoubleVector, &real, 1u), by(&CDataBlock::AddLongVector, &number, 1u);
+    by(&CDataBlock::AddShortVector, &small, 1u), by(&CDataBlock::AddDateVector, &date, 1u);
+    by(&CDataBlock::AddTimeVector, &time, 1u), by(&CDataBlock::AddPriceVector, &number, small, 1u);
+    by(&CDataBlock::AddStringVector, strings.c_str(), 1u, 2u);
   }
-  SweepBlock(Btrieve, "blob", [&](CDataBlock& block) { return block.AddBlob(1, "blob", 4); });
+  SweepBlock(Btrieve, "blob", [](CDataBlock& block) { return block.AddBlob(1, "blob", 4); });
 }
 
 TEST(Shortage, RecordsAndTheEndOfABlock) {
-  const LogCapture log;
-  const auto ended = [](cf_id format, int letters) {
-    DataBlockPtr block = NewBlock(format);
-    EXPECT_TRUE(block->StartRecord() &&
-                block->Add(FID{1}, Letters(static_cast<std::size_t>(letters)).c_str()));
-    return block;
-  };
-  Sweep(
-      "EndRecord", [&] { return ended(TEXT, 65536); },
-      [](const DataBlockPtr& block) { return block->EndRecord(); }, Show);
-  Sweep(
-      "Close", [&] { return ended(CSV, 65536); },
-      [](const DataBlockPtr& block) { return block->Close(); }, Show);
+  SweepBlock(TEXT, "EndRecord", [](CDataBlock& block) { return block.EndRecord(); });
+  SweepBlock(CSV, "Close", [](CDataBlock& block) { return block.Close(); });
   // A record of ZUL4 that can't be opened refuses its fields.
+  const LogCapture log;
   Sweep(
-      "StartRecord", [&] { return ended(ZUL4, 1000); },
+      "StartRecord", [] { return Filled(ZUL4); },
       [](const DataBlockPtr& block) {
-        return block->EndRecord() && block->StartRecord() && block->GetRecordCount() == 2 &&
+        return block->EndRecord() && block->StartRecord() && block->GetRecordCount() == 3 &&
                block->Add(FID{2}, 7);
       },
-      [](const DataBlockPtr& block) { return block->GetRecordCount() == 2 ? "two" : "one"; });
+      [](const DataBlockPtr& block) { return std::to_string(block->GetRecordCount()); });
 }
 
 TEST(Shortage, MakingABlock) {
@@ -130,13 +132,7 @@ TEST(Shortage, MakingABlock) {
   const int instances = CDataBlock::_instances;
   char bytes[] = "1,a";
   const auto sweep = [](const char* name, auto create) {
-    Sweep(
-        name, [] { return DataBlockPtr(); },
-        [&](DataBlockPtr& block) {
-          block.reset(create());
-          return block != nullptr;
-        },
-        [](const DataBlockPtr& block) { return std::to_string(block ? block->GetFormat() : -1); });
+    Sweep(name, [&] { return DataBlockPtr(create()) != nullptr; });
   };
   for (const cf_id format : {TEXT, CSV, ZUL3, ZUL4, Btrieve}) {
     sweep("new", [&] { return CDataBlock::NewDataBlock(format); });
@@ -153,12 +149,7 @@ TEST(Shortage, ATransferKeepsWhatItHasAndTheTargetGoesOn) {
   }
   const LogCapture log;
   for (const cf_id from : kBinaryFormats) {
-    const DataBlockPtr source = NewBlock(from);
-    for (int record = 0; record < 2; ++record) {
-      source->StartRecord();
-      for (const Field& field : fields) EXPECT_TRUE(Add(*source, field));
-      source->EndRecord();
-    }
+    const DataBlockPtr source = Build(from, {fields, fields});
     for (const cf_id to : {TEXT, ZUL3, ZUL4}) {
       for (int nth = 1; nth > 0; ++nth) {
         SCOPED_TRACE(std::string(CfName(from)) + " into " + CfName(to) + ' ' + std::to_string(nth));
@@ -172,77 +163,53 @@ TEST(Shortage, ATransferKeepsWhatItHasAndTheTargetGoesOn) {
           if (!refusal.Reached()) nth = -1;
         }
         EXPECT_TRUE(done || nth > 0);
-        // The first record stands, behind what the header and its head count.
+        // What was there stands, behind what the header and its head count.
         EXPECT_TRUE(BytesOf(*target).substr(16, before.size() - 16) == before.substr(16));
         target->EndRecord();
         EXPECT_TRUE(target->Add(source.get()));
       }
     }
-    Sweep(
-        "copy", [] { return DataBlockPtr(); },
-        [&](DataBlockPtr& block) {
-          block.reset(CDataBlock::NewDataBlock(source.get()));
-          return block != nullptr && block->GetDataSize() == source->GetDataSize();
-        },
-        [](const DataBlockPtr&) { return "a copy is what it could hold"; });
+    Sweep("copy", [&] {
+      const DataBlockPtr copy(CDataBlock::NewDataBlock(source.get()));
+      return copy != nullptr && copy->GetDataSize() == source->GetDataSize();
+    });
   }
 }
 
 TEST(Shortage, Items) {
   const std::string text = Letters(2000);
-  const CDataItem longText(FID{7}, text.c_str(), -1), blob(const_cast<char*>(text.data()), 600);
+  char* const bytes = const_cast<char*>(text.data());
+  const CDataItem longText(FID{7}, bytes, -1), blob(bytes, 600);
   const CDataItem vector = ItemOf(VectorOf(TYPE_VECTOR_DOUBLE, 100));
+  // With the size that each leads to, which no start has.
+  const std::pair<int, std::function<void(CDataItem&)>> changes[] = {
+      {2001, [&](CDataItem& item) { item.Set(FID{7}, bytes, -1); }},
+      {2001, [&](CDataItem& item) { item.SetText(FID{7}, bytes, 2000); }},
+      {600, [&](CDataItem& item) { item.Set(bytes, 600); }},
+      {100, [&](CDataItem& item) { item.SetVector(FID{7}, TYPE_VECTOR_LONG, bytes, 100); }},
+      {2001, [&](CDataItem& item) { item.Copy(longText); }},
+      {100, [&](CDataItem& item) { item = vector; }},
+      {600, [&](CDataItem& item) { item.Copy(blob); }}};
   const Field starts[] = {{TYPE_STRING, 1, "short"},
                           {TYPE_STRING, 1, Letters(700)},
                           {TYPE_DOUBLE, 1, ValueBytes(2.5)},
                           VectorOf(TYPE_VECTOR_LPACK, 200),
                           VectorOf(TYPE_VECTOR_STRING, 3)};
-  const auto show = [](CDataItem& item) {
-    std::ostringstream out;
-    out << FieldOf(item);
-    return out.str() + FieldOf(item).bytes;
-  };
   for (const Field& start : starts) {
-    const auto sweep = [&](const char* name, int type, int size, auto operate) {
+    for (const auto& change : changes) {
       Sweep(
-          name, [&] { return ItemOf(start); },
-          [&](CDataItem& item) {
-            operate(item);
-            return item.GetType() == type && item.GetSize() == size;
-          },
-          show);
-    };
-    sweep("Set text", TYPE_STRING, 2001,
-          [&](CDataItem& item) { item.Set(FID{7}, text.c_str(), -1); });
-    sweep("SetText", TYPE_STRING, 2001,
-          [&](CDataItem& item) { item.SetText(FID{7}, text.c_str(), 2000); });
-    sweep("Set blob", TYPE_EMPTY, 600,
-          [&](CDataItem& item) { item.Set(const_cast<char*>(text.data()), 600); });
-    sweep("SetVector", TYPE_VECTOR_LONG, 100,
-          [&](CDataItem& item) { item.SetVector(FID{7}, TYPE_VECTOR_LONG, text.data(), 100); });
-    sweep("Copy of a text", TYPE_STRING, 2001, [&](CDataItem& item) { item.Copy(longText); });
-    sweep("= of a vector", TYPE_VECTOR_DOUBLE, 100, [&](CDataItem& item) { item = vector; });
-    sweep("Copy of a blob", TYPE_EMPTY, 600, [&](CDataItem& item) { item.Copy(blob); });
+          "change " + std::to_string(&change - changes), [&] { return ItemOf(start); },
+          [&](CDataItem& item) { return change.second(item), item.GetSize() == change.first; },
+          [](CDataItem& item) {
+            return testing::PrintToString(FieldOf(item)) + FieldOf(item).bytes;
+          });
+    }
   }
-}
-
-TEST(Shortage, NewItemsAndTextsOfItems) {
-  const std::string text = Letters(2000);
-  const CDataItem longText(FID{7}, text.c_str(), -1);
-  const CDataItem vector = ItemOf(VectorOf(TYPE_VECTOR_DOUBLE, 100));
-  const auto sweep = [](const char* name, auto create) {
-    Sweep(
-        name, [] { return CDataItem(); },
-        [&](CDataItem& item) {
-          item = create();
-          return item.GetType() != TYPE_ERROR;
-        },
-        [](CDataItem& item) { return item.GetType() == TYPE_ERROR ? "an error" : "an item"; });
-  };
-  sweep("text", [&] { return CDataItem(FID{7}, text.c_str(), -1); });
-  sweep("blob", [&] { return CDataItem(const_cast<char*>(text.data()), 600); });
-  sweep("copy", [&] { return CDataItem(longText); });
-  sweep("copy of a vector", [&] { return CDataItem(vector); });
+  Sweep("new text", [&] { return CDataItem(FID{7}, bytes, -1).GetType() == TYPE_STRING; });
+  Sweep("new blob", [&] { return CDataItem(bytes, 600).GetType() == TYPE_EMPTY; });
+  for (const CDataItem* item : {&longText, &vector}) {
+    Sweep("copy", [&] { return CDataItem(*item).GetType() == item->GetType(); });
+  }
   Sweep(
       "GetString", [] { return ItemOf(VectorOf(TYPE_VECTOR_STRING, 600)); },
       [](CDataItem& item) { return *item.GetString() != '\0'; },
@@ -251,40 +218,31 @@ TEST(Shortage, NewItemsAndTextsOfItems) {
 
 TEST(Shortage, AllElse) {
   char path[512];
-  const auto none = [] { return 0; };
-  const auto nothing = [](int) { return ""; };
-  Sweep(
-      "GetZulFileName", none,
-      [&](int) { return GetZulFileName("a", "some name that is long", "b", path, 512) > 0; },
-      nothing);
-  Sweep(
-      "GetZulFileName to complete", none,
-      [&](int) { return GetZulFileName(nullptr, nullptr, "b", path, 512) > 0; }, nothing);
+  Sweep("GetZulFileName",
+        [&] { return GetZulFileName("a", "some name that is long", "b", path, 512) > 0; });
+  Sweep("GetZulFileName to complete",
+        [&] { return GetZulFileName(nullptr, nullptr, "b", path, 512) > 0; });
   Sweep(
       "GetTzInfo", [] { return CTimeZone(); },
       [](CTimeZone& zone) { return zone.Set("Eastern Standard Time"); },
       [](const CTimeZone& zone) { return std::to_string(zone == CTimeZone()); });
-  static const std::string fields = Letters(100) + ",b";
+  static const std::string text = Letters(2000);
   struct Parsing {
-    CMyParser parser{fields.c_str(), nullptr};
+    CMyParser parser{text.c_str(), nullptr};
     std::string field;
   };
   Sweep(
       "NextField", [] { return Parsing(); },
       [](Parsing& parsing) { return parsing.parser.NextField(parsing.field); },
       [](const Parsing& parsing) { return parsing.field; });
-  const std::string text = Letters(2000);
   std::size_t length = 0;  // of the line in the log, which is cut without memory
   set_log_sink(
       [](int, const char* line, void* to) { *static_cast<std::size_t*>(to) = std::strlen(line); },
       &length);
-  Sweep(
-      "a long line", none,
-      [&](int) {
-        service::log_message(1, "%s", text.c_str());
-        return length == 2000;
-      },
-      nothing);
+  Sweep("a long line", [&] {
+    service::log_message(1, "%s", text.c_str());
+    return length == text.size();
+  });
   set_log_sink(nullptr, nullptr);
 }
 

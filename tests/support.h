@@ -29,16 +29,9 @@
 #include <utility>
 #include <vector>
 
-// clang tells of its sanitizers in another way than g++.
-#if !defined(__has_feature)
-#define __has_feature(feature) 0
-#endif
-
 namespace wqd_test {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||       \
-    __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
-    __has_feature(memory_sanitizer)
+#ifdef WQDATA_SANITIZED
 inline constexpr bool kSanitized = true;
 #else
 inline constexpr bool kSanitized = false;
