@@ -127,6 +127,34 @@ TEST(Shortage, RecordsAndTheEndOfABlock) {
       [](const DataBlockPtr& block) { return std::to_string(block->GetRecordCount()); });
 }
 
+TEST(Shortage, TheFirstFieldOfABlock) {
+  const LogCapture log;
+  for (const cf_id format : kBinaryFormats) {
+    Sweep(
+        CfName(format), [format] { return NewBlock(format); },
+        [](const DataBlockPtr& block) {
+          return (block->GetRecordCount() > 0 || block->StartRecord()) && block->Add(FID{1}, 7);
+        },
+        [](const DataBlockPtr& block) {
+          return block->FirstRecord() && block->FindField(FID{1}) ? "there" : "not there";
+        });
+  }
+}
+
+TEST(Shortage, ReadingAField) {
+  for (const cf_id format : kBinaryFormats) {
+    for (const int type : {TYPE_STRING, TYPE_VECTOR_LONG, TYPE_VECTOR_STRING}) {
+      const DataBlockPtr block = Build(format, {{VectorOf(type, 700)}});
+      Sweep(
+          CfName(format), [] { return CDataItem(FID{1}, "short", -1); },
+          [&block](CDataItem& item) {
+            return block->FirstRecord() && block->GetField(FID{9}, &item);
+          },
+          [](CDataItem& item) { return testing::PrintToString(FieldOf(item).bytes); });
+    }
+  }
+}
+
 TEST(Shortage, MakingABlock) {
   const LogCapture log;
   const int instances = CDataBlock::_instances;
@@ -148,27 +176,34 @@ TEST(Shortage, ATransferKeepsWhatItHasAndTheTargetGoesOn) {
     fields.push_back(VectorOf(type, IsVector(type) || type == TYPE_STRING ? 700 : 1));
   }
   const LogCapture log;
-  for (const cf_id from : kBinaryFormats) {
-    const DataBlockPtr source = Build(from, {fields, fields});
+  std::string text = "1,a,2,b";
+  const DataBlockPtr sources[] = {Build(ZUL3, {fields, fields}), Build(ZUL4, {fields, fields}),
+                                  Wrap(TEXT, text)};
+  for (const DataBlockPtr& source : sources) {
     for (const cf_id to : {TEXT, ZUL3, ZUL4}) {
-      for (int nth = 1; nth > 0; ++nth) {
-        SCOPED_TRACE(std::string(CfName(from)) + " into " + CfName(to) + ' ' + std::to_string(nth));
+      const DataBlockPtr model = Filled(to);
+      EXPECT_TRUE(model->EndRecord() && model->Add(source.get()));
+      for (int nth = 2; nth > 0; ++nth) {  // twice each: by itself, and with all behind it
+        SCOPED_TRACE(testing::Message() << CfName(source->GetFormat()) << " into " << CfName(to)
+                                        << ", allocation " << nth / 2 << ' ' << nth % 2);
         const DataBlockPtr target = Filled(to);
         target->EndRecord();
         const std::string before = BytesOf(*target);
         bool done = false;
         {
-          const Refusal refusal(nth, nth % 2 == 0);
+          const Refusal refusal(nth / 2, nth % 2 == 0);
           done = target->Add(source.get());
           if (!refusal.Reached()) nth = -1;
         }
         EXPECT_TRUE(done || nth > 0);
+        EXPECT_TRUE(!done || to == TEXT || BytesOf(*target) == BytesOf(*model));
         // What was there stands, behind what the header and its head count.
         EXPECT_TRUE(BytesOf(*target).substr(16, before.size() - 16) == before.substr(16));
         target->EndRecord();
         EXPECT_TRUE(target->Add(source.get()));
       }
     }
+    if (source->GetFormat() == TEXT) continue;
     Sweep("copy", [&] {
       const DataBlockPtr copy(CDataBlock::NewDataBlock(source.get()));
       return copy != nullptr && copy->GetDataSize() == source->GetDataSize();
@@ -225,7 +260,9 @@ TEST(Shortage, AllElse) {
   Sweep(
       "GetTzInfo", [] { return CTimeZone(); },
       [](CTimeZone& zone) { return zone.Set("Eastern Standard Time"); },
-      [](const CTimeZone& zone) { return std::to_string(zone == CTimeZone()); });
+      [](const CTimeZone& zone) {
+        return std::to_string(zone.Bias) + (zone == CTimeZone() ? "GMT" : "");
+      });
   static const std::string text = Letters(2000);
   struct Parsing {
     CMyParser parser{text.c_str(), nullptr};
