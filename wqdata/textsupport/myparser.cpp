@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include <wqdata/textsupport/myparser.h>
@@ -7,7 +9,8 @@ namespace wqd {
 namespace {
 
 constexpr const char* kDefaultDelimiters = ",\n";
-constexpr std::string_view kTrimSet = " \t\r\n";
+
+bool is_trimmed(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 const char* or_default(const char* delimiters) {
   return delimiters != nullptr ? delimiters : kDefaultDelimiters;
@@ -24,11 +27,18 @@ class CMyParser::FieldText {
     if (m_length < kFieldBufferSize - 1) m_buffer[m_length++] = static_cast<char>(c);
   }
 
+  void Store(const char* run, std::size_t length) {
+    const std::size_t kept = std::min(length, kFieldBufferSize - 1 - m_length);
+    std::memcpy(m_buffer + m_length, run, kept);
+    m_length += kept;
+  }
+
   std::string_view Trimmed() const {
-    const std::string_view all(m_buffer, m_length);
-    const std::size_t first = all.find_first_not_of(kTrimSet);
-    if (first == std::string_view::npos) return {};
-    return all.substr(first, all.find_last_not_of(kTrimSet) - first + 1);
+    const char* begin = m_buffer;
+    const char* end = m_buffer + m_length;
+    while (begin != end && is_trimmed(*begin)) ++begin;
+    while (begin != end && is_trimmed(end[-1])) --end;
+    return {begin, static_cast<std::size_t>(end - begin)};
   }
 
  private:
@@ -36,33 +46,48 @@ class CMyParser::FieldText {
   std::size_t m_length = 0;
 };
 
-CMyParser::CMyParser() : m_delimiters(kDefaultDelimiters) {}
+CMyParser::CMyParser() { SetDelimiters(kDefaultDelimiters); }
 
 CMyParser::CMyParser(const char* text, const char* delimiters)
-    : m_position(text), m_atEnd(text == nullptr), m_delimiters(or_default(delimiters)) {}
+    : m_position(text), m_atEnd(text == nullptr) {
+  SetDelimiters(or_default(delimiters));
+}
 
 CMyParser::CMyParser(std::FILE* stream, const char* delimiters)
-    : m_stream(stream), m_atEnd(stream == nullptr), m_delimiters(or_default(delimiters)) {}
+    : m_stream(stream), m_atEnd(stream == nullptr) {
+  SetDelimiters(or_default(delimiters));
+}
+
+/// The next field, in `buffer` but not at its start; false when the input had run out before.
+bool CMyParser::Next(char (&buffer)[kFieldBufferSize], std::string_view& field,
+                     const char* delimiters) {
+  if (delimiters != nullptr) SetDelimiters(delimiters);
+  field = {};
+  if (m_atEnd) return false;
+  FieldText text(buffer);
+  ReadField(text);
+  field = text.Trimmed();
+  return true;
+}
 
 bool CMyParser::NextField(char (&field)[kFieldBufferSize], const char* delimiters) {
-  if (delimiters != nullptr) m_delimiters = delimiters;
-  field[0] = '\0';
-  if (m_atEnd) return false;
-  FieldText text(field);
-  ReadField(text);
-  const std::string_view trimmed = text.Trimmed();
-  if (!trimmed.empty()) std::memmove(field, trimmed.data(), trimmed.size());
+  std::string_view trimmed;
+  const bool found = Next(field, trimmed, delimiters);
+  if (!trimmed.empty() && trimmed.data() != field) {
+    std::memmove(field, trimmed.data(), trimmed.size());
+  }
   field[trimmed.size()] = '\0';
-  return true;
+  return found;
 }
 
 bool CMyParser::NextField(std::string& field, const char* delimiters) {
   const char* const position = m_position;
   const bool atEnd = m_atEnd;
   char buffer[kFieldBufferSize];
-  const bool found = NextField(buffer, delimiters);
+  std::string_view trimmed;
+  const bool found = Next(buffer, trimmed, delimiters);
   try {
-    field = buffer;
+    field = trimmed;
   } catch (...) {  // out of memory
     field.clear();
     if (m_stream != nullptr) return false;
@@ -100,6 +125,22 @@ void CMyParser::PushBack(int c) {
   }
 }
 
+void CMyParser::SetDelimiters(const char* delimiters) {
+  m_delimiters = delimiters;
+  std::fill(std::begin(m_special), std::end(m_special), 0);
+  const auto mark = [this](char c) {
+    const auto code = static_cast<unsigned char>(c);
+    m_special[code / 64] |= std::uint64_t{1} << code % 64;
+  };
+  for (const char* c = delimiters; *c != '\0'; ++c) mark(*c);
+  for (const char c : {'\0', '"', '\r'}) mark(c);
+}
+
+bool CMyParser::IsOrdinary(char c) const {
+  const auto code = static_cast<unsigned char>(c);
+  return (m_special[code / 64] >> code % 64 & 1) == 0;
+}
+
 bool CMyParser::IsDelimiter(int c) const { return std::strchr(m_delimiters, c) != nullptr; }
 
 /// Turns a CR that an LF follows into that LF.
@@ -111,11 +152,26 @@ int CMyParser::FoldLineEnd(int c) {
   return c;
 }
 
+/// The characters of a text that mean nothing lie side by side, and are taken at once.
+void CMyParser::TakeRun(FieldText& field, bool quoted) {
+  if (m_stream != nullptr || m_position == nullptr) return;
+  const char* end = m_position;
+  if (quoted) {
+    end += std::strcspn(end, "\"");
+  } else {
+    while (IsOrdinary(*end)) ++end;
+  }
+  field.Store(m_position, static_cast<std::size_t>(end - m_position));
+  m_position = end;
+}
+
 void CMyParser::ReadField(FieldText& field) {
   bool quoted = false;
+  TakeRun(field, quoted);
   for (int c = NextChar(); c != 0; c = NextChar()) {
     if (c == '"') {
       quoted = !quoted;
+      TakeRun(field, quoted);
       continue;
     }
     if (!quoted) {

@@ -1,8 +1,10 @@
 #ifndef WQDATA_TEXTSUPPORT_MYPARSER_H_
 #define WQDATA_TEXTSUPPORT_MYPARSER_H_
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include <wqdata/export.h>
 
@@ -70,7 +72,11 @@ class WQDATA_API CMyParser {
  private:
   class FieldText;
 
+  bool Next(char (&buffer)[kFieldBufferSize], std::string_view& field, const char* delimiters);
+  void SetDelimiters(const char* delimiters);
   bool IsDelimiter(int c) const;
+  bool IsOrdinary(char c) const;
+  void TakeRun(FieldText& field, bool quoted);
   int FoldLineEnd(int c);
   void ReadField(FieldText& field);
 
@@ -79,6 +85,7 @@ class WQDATA_API CMyParser {
   bool m_atEnd = true;
   bool m_failed = false;  // the stream, while it was read here
   const char* m_delimiters;
+  std::uint64_t m_special[4];  // a bit for each character that is more than a part of a field
 };
 
 }  // namespace wqd
