@@ -77,12 +77,15 @@ TEST(Item, PrintsWithinItsBuffer) {
 }
 
 TEST(Item, PrintsDoublesAsSnprintfDoesAndWithAPointInEveryLocale) {
-  std::vector<double> values = {DBL_MAX, DBL_TRUE_MIN, kInfinity, kNan,    0.0,
-                                0.00005, 0.00015,      0.99995,   2.00005, 1e15 + 0.3};
+  std::vector<double> values = {DBL_MAX, DBL_TRUE_MIN, kInfinity, kNan,
+                                0.0,     0.00005,      0.00015,   0.99995,
+                                2.00005, 1e15 + 0.3,   4.5e11,    4.5e11 - 6e-5};
   std::mt19937_64 random(3);
   for (int i = 0; i < 20000; ++i) {
     values.push_back(std::bit_cast<double>(random()));
     values.push_back(static_cast<double>(random() >> (random() % 64)) / 32768.0);
+    values.push_back(static_cast<double>(random() >> (12 + random() % 50) | 1) /
+                     20000.0);  // halves
   }
   for (double value : values) {
     ASSERT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);

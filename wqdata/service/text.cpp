@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cfloat>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -63,6 +65,56 @@ bool read_magnitude(const char* text, double& value) {
   return hex || error != std::errc::invalid_argument;
 }
 
+/// Two digits at a time: half as many divisions.
+constexpr char kPairsOfDigits[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+char* put_pair_before(char* end, std::uint64_t number) {
+  end -= 2;
+  std::memcpy(end, kPairsOfDigits + 2 * number, 2);
+  return end;
+}
+
+/// Writes the digits of a number so that they end at `end`. Where they begin.
+char* put_digits_before(char* end, std::uint64_t number) {
+  for (; number >= 100; number /= 100) end = put_pair_before(end, number % 100);
+  if (number >= 10) return put_pair_before(end, number);
+  *--end = static_cast<char>('0' + number);
+  return end;
+}
+
+constexpr int kUsualDecimals = 4;
+constexpr double kUsualScale = 10000;
+
+// Below it the scaled number is below 2^52, so that its fraction has a bit and can be told exactly.
+constexpr double kLargestScalable = 4.5e11;
+
+/// The whole number nearest to the exact product of a magnitude and the scale, halves to the even
+/// one. The product itself is rounded, by less than anything that can lie between a fraction and a
+/// half; only where the fraction is a half does it matter which way.
+std::uint64_t scaled_to_nearest(double magnitude) {
+  const double product = magnitude * kUsualScale;
+  const auto whole = static_cast<std::uint64_t>(product);
+  const double fraction = product - static_cast<double>(whole);
+  if (fraction != 0.5) return fraction > 0.5 ? whole + 1 : whole;
+  const double lost = std::fma(magnitude, kUsualScale, -product);
+  if (lost == 0.0) return whole + whole % 2;
+  return lost > 0.0 ? whole + 1 : whole;
+}
+
+std::string_view usual_text(double value, NumberText& room) {
+  const std::uint64_t scaled = scaled_to_nearest(std::abs(value));
+  char* const end = room.data() + room.size();
+  char* begin = put_pair_before(end, scaled % 100);
+  begin = put_pair_before(begin, scaled / 100 % 100);
+  *--begin = '.';
+  begin = put_digits_before(begin, scaled / 10000);
+  if (std::signbit(value)) *--begin = '-';
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
 }  // namespace
 
 int put_text(std::string_view text, char* buffer, int size) {
@@ -75,6 +127,12 @@ int put_text(std::string_view text, char* buffer, int size) {
 }
 
 std::string_view fixed_text(double value, NumberText& room, int decimals) {
+  // Products of more than a double's precision would be told apart wrongly.
+  if constexpr (FLT_EVAL_METHOD == 0) {
+    if (decimals == kUsualDecimals && std::abs(value) < kLargestScalable) {
+      return usual_text(value, room);
+    }
+  }
   char* const begin = room.data();
   const char* const end =
       std::to_chars(begin, begin + room.size(), value, std::chars_format::fixed, decimals).ptr;
@@ -82,8 +140,10 @@ std::string_view fixed_text(double value, NumberText& room, int decimals) {
 }
 
 std::string_view decimal_text(std::int32_t value, NumberText& room) {
-  char* const begin = room.data();
-  const char* const end = std::to_chars(begin, begin + room.size(), value).ptr;
+  char* const end = room.data() + room.size();
+  const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
+  char* begin = put_digits_before(end, magnitude);
+  if (value < 0) *--begin = '-';
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 
