@@ -8,6 +8,7 @@
 #include <wqdata/service/bigzul3.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
@@ -126,6 +127,42 @@ bool CZul3Block::EndRecord() {
   return true;
 }
 
+/// Adds `stored`, which is how the record holds `value`, as an item of the value would be added.
+template <typename Value, typename Stored>
+bool CZul3Block::AddValue(int type, FID id, const Value& value, const Stored& stored) {
+  if (!IsWritable()) return false;
+  if (is_missing(value)) return AddError(id, kMissing);
+  if (AddField(type, id, &stored)) return true;
+  CDataItem item(id, value);
+  return Refused(item);
+}
+
+bool CZul3Block::Add(FID id, const ZULTIME& value) {
+  return AddValue(TYPE_TIME, id, value, static_cast<ZULTIME>(CZulTime(value)));
+}
+
+bool CZul3Block::Add(FID id, const ZULDATE& value) {
+  return AddValue(TYPE_DATE, id, value, static_cast<ZULDATE>(CZulDate(value)));
+}
+
+/// Through the packed record, which cuts the base code.
+bool CZul3Block::Add(FID id, const CFixPtNum& value) {
+  const FPN record = value;
+  const bool whole = record.baseCode == value.GetBaseCode();
+  const CFixPtNum price = whole ? value : CFixPtNum(record);
+  if (!IsWritable()) return false;
+  if (is_missing(record)) return AddError(id, kMissing);
+  if (AddPrice(id, price)) return true;
+  CDataItem item(id, value);
+  return Refused(item);
+}
+
+bool CZul3Block::Add(FID id, double value) { return AddValue(TYPE_DOUBLE, id, value, value); }
+
+bool CZul3Block::Add(FID id, std::int32_t value) { return AddValue(TYPE_LONG, id, value, value); }
+
+bool CZul3Block::Add(FID id, std::int16_t value) { return AddValue(TYPE_INT, id, value, value); }
+
 bool CZul3Block::Add(CDataItem& item) {
   if (!IsWritable()) return false;
   switch (item.GetType()) {
@@ -169,7 +206,10 @@ bool CZul3Block::AddScalar(CDataItem& item) {
     case TYPE_STRING: return AddField(TYPE_STRING, id, item.GetString());
     default: break;
   }
-  const CFixPtNum price = item.GetFPN();
+  return AddPrice(id, item.GetFPN());
+}
+
+bool CZul3Block::AddPrice(FID id, const CFixPtNum& price) {
   const auto baseCode = static_cast<std::uint16_t>(price.GetBaseCode());
   return service::BigZUL3_add_lpack(m_pRecord, id, baseCode, price, m_allocSize) != 0;
 }

@@ -37,6 +37,12 @@ class CZul3Block final : public CDataBlock {
   int GetVectorSize() override;
   bool StartRecord() override;
   bool EndRecord() override;
+  bool Add(FID id, const ZULTIME& value) override;
+  bool Add(FID id, const ZULDATE& value) override;
+  bool Add(FID id, const CFixPtNum& value) override;
+  bool Add(FID id, double value) override;
+  bool Add(FID id, std::int32_t value) override;
+  bool Add(FID id, std::int16_t value) override;
   bool Add(CDataItem& item) override;
   bool Add(FID id, const char* text) override;
   bool AddShortVector(FID id, const std::int16_t* values, std::uint32_t count) override;
@@ -66,8 +72,11 @@ class CZul3Block final : public CDataBlock {
   std::uint16_t HeaderWord(std::uint32_t offset) const;
   void SetHeaderWord(std::uint32_t offset, std::uint16_t word);
 
+  template <typename Value, typename Stored>
+  bool AddValue(int type, FID id, const Value& value, const Stored& stored);
   bool AddScalar(CDataItem& item);
   bool AddVector(CDataItem& item);
+  bool AddPrice(FID id, const CFixPtNum& price);
   bool AddStrings(CDataItem& item);
   bool AddField(int type, FID id, const void* value);
   bool AddVector(int type, FID id, const void* elements, std::uint16_t baseCode,

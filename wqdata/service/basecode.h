@@ -36,6 +36,12 @@ constexpr Scale scale_of(int baseCode) {
   return {Notation::kUnknown, 0};
 }
 
+/// True for a code that has one price at most for a number.
+constexpr bool is_scaled(int baseCode) {
+  const Notation notation = scale_of(baseCode).notation;
+  return notation != Notation::kFloating && notation != Notation::kUnknown;
+}
+
 /// The powers of ten that 64 bits hold.
 inline constexpr auto kPowersOfTen = [] {
   std::array<std::uint64_t, 20> powers{};

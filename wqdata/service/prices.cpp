@@ -115,7 +115,11 @@ void price_from_double(double value, int baseCode, std::int32_t& price) {
   const std::uint64_t factor = scale.notation == Notation::kDecimal
                                    ? power_of_ten(scale.digits)
                                    : std::uint64_t{1} << scale.digits;
-  price = signed_price(negative, half_rounded_up(twice_scaled(magnitude, factor)));
+  const bool fast = magnitude * static_cast<double>(factor) < kLargestProduct;
+  const auto away = [](std::uint64_t) { return true; };
+  price =
+      signed_price(negative, fast ? nearest_product(magnitude, static_cast<double>(factor), away)
+                                  : half_rounded_up(twice_scaled(magnitude, factor)));
 }
 
 void price_to_string(int baseCode, std::int32_t price, char* buffer) {

@@ -19,12 +19,18 @@ Bytes record_at(const ZUL4HANDLE& handle, std::uint32_t offset) {
   return ZUL4_record({handle.record + offset, length - offset});
 }
 
+/// The bytes of the current record. It was whole when it was entered, and it does not shrink.
+Bytes current_record(const ZUL4HANDLE& handle) {
+  if (handle.current == 0) return {nullptr, 0};
+  const std::uint8_t* const at = handle.record + handle.current;
+  return {at, load<std::uint32_t>(at + kZul4RecordLengthAt)};
+}
+
 /// The bytes from the current field to the end of its record.
 Bytes field_bytes(const ZUL4HANDLE& handle) {
-  const Bytes record = record_at(handle, handle.current);
-  const std::uint32_t into = handle.field - handle.current;
-  if (handle.field == 0 || into >= record.Left()) return {nullptr, 0};
-  return {record.At() + into, record.Left() - into};
+  if (handle.field == 0) return {nullptr, 0};
+  Bytes bytes = current_record(handle);
+  return bytes.Skip(handle.field - handle.current) ? bytes : Bytes{nullptr, 0};
 }
 
 int enter_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) {
@@ -36,11 +42,14 @@ int enter_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) 
   return kDone;
 }
 
+bool is_in_last_record(const ZUL4HANDLE& handle) {
+  return handle.current != 0 &&
+         handle.index + 1 == load<std::uint16_t>(handle.record + kZul4RecordCountAt);
+}
+
 /// Moves to the record that is being written, which is the last one. False for none.
 bool enter_last_record(ZUL4HANDLE& handle) {
-  if (handle.current == 0) ZUL4_seek_record(handle, 0);
-  if (handle.current == 0) return false;
-  if (handle.index + 1 == ZUL4_record_count(handle)) return true;
+  if (handle.current == 0 && ZUL4_seek_record(handle, 0) != kDone) return false;
   while (ZUL4_next_record(handle) == kDone) {
   }
   return true;
@@ -65,7 +74,7 @@ void set_length(ZUL4HANDLE& handle, std::uint64_t length) {
 /// gives the place. Null, with nothing changed, when it is refused.
 std::uint8_t* append(ZUL4HANDLE& handle, std::uint64_t size, const void** source) {
   if (handle.record == nullptr || (handle.flags & kRefused) != 0) return nullptr;
-  if (!enter_last_record(handle)) return nullptr;
+  if (!is_in_last_record(handle) && !enter_last_record(handle)) return nullptr;
   const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
   const auto length = load<std::uint32_t>(handle.record + kZul4LengthAt);
   if (fields == UINT16_MAX) return nullptr;
@@ -165,14 +174,14 @@ int ZUL4_seek_record(ZUL4HANDLE& handle, std::uint32_t index) {
 }
 
 int ZUL4_next_record(ZUL4HANDLE& handle) {
-  const Bytes record = record_at(handle, handle.current);
+  const Bytes record = current_record(handle);
   if (record.Left() == 0) return kFailed;
   return enter_record(handle, std::uint32_t{handle.index} + 1,
                       handle.current + static_cast<std::uint32_t>(record.Left()));
 }
 
 std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle) {
-  const Bytes record = record_at(handle, handle.current);
+  const Bytes record = current_record(handle);
   if (record.Left() == 0) return 0;
   return load<std::uint16_t>(record.At() + kZul4FieldCountAt);
 }
@@ -180,7 +189,7 @@ std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle) {
 std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle) {
   const std::uint16_t declared = ZUL4_declared_field_count(handle);
   if (declared == 0) return 0;
-  const std::size_t fields = record_at(handle, handle.current).Left() - kZul4RecordHead;
+  const std::size_t fields = current_record(handle).Left() - kZul4RecordHead;
   return static_cast<std::uint16_t>(std::min<std::size_t>(declared, fields / kFieldHead));
 }
 

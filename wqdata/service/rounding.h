@@ -6,6 +6,8 @@
 #ifndef WQDATA_SERVICE_ROUNDING_H_
 #define WQDATA_SERVICE_ROUNDING_H_
 
+#include <cfloat>
+#include <cmath>
 #include <cstdint>
 
 #include <wqdata/service/basecode.h>
@@ -21,6 +23,25 @@ inline constexpr std::uint64_t kTooLarge = std::uint64_t{1} << 62;
 std::uint64_t twice_scaled(double magnitude, std::uint64_t factor);
 
 constexpr std::uint64_t half_rounded_up(std::uint64_t twice) { return (twice + 1) / 2; }
+
+/// Products below it have a fraction of a bit at least, which can be told exactly, where doubles
+/// are calculated as doubles; elsewhere there are none.
+inline constexpr double kLargestProduct = FLT_EVAL_METHOD == 0 ? 0x1p52 : 0.0;
+
+/// The whole number nearest to the exact product of two numbers above 0, which is below
+/// `kLargestProduct`; of a half the upper one when `up(lower)`. The product itself is rounded, by
+/// less than anything that can lie between a fraction and a half: only at a half it matters which
+/// way.
+template <typename Up>
+std::uint64_t nearest_product(double magnitude, double factor, Up up) {
+  const double product = magnitude * factor;
+  const auto whole = static_cast<std::uint64_t>(product);
+  const double fraction = product - static_cast<double>(whole);
+  if (fraction != 0.5) return fraction > 0.5 ? whole + 1 : whole;
+  const double lost = std::fma(magnitude, factor, -product);
+  if (lost == 0.0) return up(whole) ? whole + 1 : whole;
+  return lost > 0.0 ? whole + 1 : whole;
+}
 
 /// A price of `magnitude` and sign; MISSING_LONG for one beyond 32 bits.
 constexpr std::int32_t signed_price(bool negative, std::uint64_t magnitude) {

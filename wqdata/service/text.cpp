@@ -1,11 +1,11 @@
 #include <algorithm>
-#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <limits>
 
+#include <wqdata/service/rounding.h>
 #include <wqdata/service/text.h>
 
 namespace wqd::service {
@@ -88,24 +88,9 @@ char* put_digits_before(char* end, std::uint64_t number) {
 constexpr int kUsualDecimals = 4;
 constexpr double kUsualScale = 10000;
 
-// Below it the scaled number is below 2^52, so that its fraction has a bit and can be told exactly.
-constexpr double kLargestScalable = 4.5e11;
-
-/// The whole number nearest to the exact product of a magnitude and the scale, halves to the even
-/// one. The product itself is rounded, by less than anything that can lie between a fraction and a
-/// half; only where the fraction is a half does it matter which way.
-std::uint64_t scaled_to_nearest(double magnitude) {
-  const double product = magnitude * kUsualScale;
-  const auto whole = static_cast<std::uint64_t>(product);
-  const double fraction = product - static_cast<double>(whole);
-  if (fraction != 0.5) return fraction > 0.5 ? whole + 1 : whole;
-  const double lost = std::fma(magnitude, kUsualScale, -product);
-  if (lost == 0.0) return whole + whole % 2;
-  return lost > 0.0 ? whole + 1 : whole;
-}
-
 std::string_view usual_text(double value, NumberText& room) {
-  const std::uint64_t scaled = scaled_to_nearest(std::abs(value));
+  const auto isOdd = [](std::uint64_t lower) { return lower % 2 == 1; };
+  const std::uint64_t scaled = nearest_product(std::abs(value), kUsualScale, isOdd);
   char* const end = room.data() + room.size();
   char* begin = put_pair_before(end, scaled % 100);
   begin = put_pair_before(begin, scaled / 100 % 100);
@@ -127,11 +112,8 @@ int put_text(std::string_view text, char* buffer, int size) {
 }
 
 std::string_view fixed_text(double value, NumberText& room, int decimals) {
-  // Products of more than a double's precision would be told apart wrongly.
-  if constexpr (FLT_EVAL_METHOD == 0) {
-    if (decimals == kUsualDecimals && std::abs(value) < kLargestScalable) {
-      return usual_text(value, room);
-    }
+  if (decimals == kUsualDecimals && std::abs(value) * kUsualScale < kLargestProduct) {
+    return usual_text(value, room);
   }
   char* const begin = room.data();
   const char* const end =

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstring>
 
+#include <wqdata/service/basecode.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/values/fixptnum.h>
 #include <wqdata/values/missing.h>
@@ -38,24 +39,28 @@ CFixPtNum::CFixPtNum(const char* text) {
 
 void CFixPtNum::Set(double value, int baseCode) {
   m_value = value;
+  m_price = MISSING_LONG;
   m_baseCode = baseCode;
 }
 
+/// The floating code has several prices for a number, of which the shortest counts.
 void CFixPtNum::Set(std::int32_t price, int baseCode) {
   m_baseCode = baseCode;
   m_value = price == MISSING_LONG ? MISSING_DOUBLE : value_of(price, baseCode);
+  const bool counts = service::is_scaled(baseCode) && !IsMissing();
+  m_price = counts ? price : MISSING_LONG;
 }
 
 bool CFixPtNum::ChangeBase(int baseCode) {
   m_baseCode = baseCode;
+  m_price = MISSING_LONG;
   return true;
 }
 
 bool CFixPtNum::ConvertNumericBaseCode() {
   const int numeric = service::numeric_base_code(static_cast<std::uint16_t>(m_baseCode));
   if (numeric == m_baseCode) return false;
-  m_baseCode = numeric;
-  return true;
+  return ChangeBase(numeric);
 }
 
 bool CFixPtNum::IsMissing() const { return is_missing(m_value); }
@@ -63,8 +68,8 @@ bool CFixPtNum::IsMissing() const { return is_missing(m_value); }
 CFixPtNum::operator double() const { return m_value; }
 
 CFixPtNum::operator std::int32_t() const {
-  std::int32_t price = MISSING_LONG;
-  if (!IsMissing()) service::price_from_double(m_value, m_baseCode, price);
+  std::int32_t price = m_price;
+  if (price == MISSING_LONG && !IsMissing()) service::price_from_double(m_value, m_baseCode, price);
   return price;
 }
 

@@ -120,6 +120,7 @@ class WQDATA_API CFixPtNum {
   bool IsMissing() const;
 
   std::int32_t m_baseCode = 0;
+  std::int32_t m_price = MISSING_LONG;  // as it was given; else it is worked out when asked for
   double m_value = 0.0;
 };
 
