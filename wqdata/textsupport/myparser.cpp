@@ -12,6 +12,12 @@ constexpr const char* kDefaultDelimiters = ",\n";
 
 bool is_trimmed(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && is_trimmed(text.front())) text.remove_prefix(1);
+  while (!text.empty() && is_trimmed(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 const char* or_default(const char* delimiters) {
   return delimiters != nullptr ? delimiters : kDefaultDelimiters;
 }
@@ -33,13 +39,7 @@ class CMyParser::FieldText {
     m_length += kept;
   }
 
-  std::string_view Trimmed() const {
-    const char* begin = m_buffer;
-    const char* end = m_buffer + m_length;
-    while (begin != end && is_trimmed(*begin)) ++begin;
-    while (begin != end && is_trimmed(end[-1])) --end;
-    return {begin, static_cast<std::size_t>(end - begin)};
-  }
+  std::string_view Trimmed() const { return trimmed({m_buffer, m_length}); }
 
  private:
   char* m_buffer;
@@ -58,12 +58,14 @@ CMyParser::CMyParser(std::FILE* stream, const char* delimiters)
   SetDelimiters(or_default(delimiters));
 }
 
-/// The next field, in `buffer` but not at its start; false when the input had run out before.
+/// The next field, which lies in the text itself or anywhere in `buffer`; false when the input had
+/// run out before.
 bool CMyParser::Next(char (&buffer)[kFieldBufferSize], std::string_view& field,
                      const char* delimiters) {
   if (delimiters != nullptr) SetDelimiters(delimiters);
   field = {};
   if (m_atEnd) return false;
+  if (TakePlain(field)) return true;
   FieldText text(buffer);
   ReadField(text);
   field = text.Trimmed();
@@ -71,12 +73,10 @@ bool CMyParser::Next(char (&buffer)[kFieldBufferSize], std::string_view& field,
 }
 
 bool CMyParser::NextField(char (&field)[kFieldBufferSize], const char* delimiters) {
-  std::string_view trimmed;
-  const bool found = Next(field, trimmed, delimiters);
-  if (!trimmed.empty() && trimmed.data() != field) {
-    std::memmove(field, trimmed.data(), trimmed.size());
-  }
-  field[trimmed.size()] = '\0';
+  std::string_view next;
+  const bool found = Next(field, next, delimiters);
+  if (!next.empty()) std::memmove(field, next.data(), next.size());
+  field[next.size()] = '\0';
   return found;
 }
 
@@ -84,10 +84,10 @@ bool CMyParser::NextField(std::string& field, const char* delimiters) {
   const char* const position = m_position;
   const bool atEnd = m_atEnd;
   char buffer[kFieldBufferSize];
-  std::string_view trimmed;
-  const bool found = Next(buffer, trimmed, delimiters);
+  std::string_view next;
+  const bool found = Next(buffer, next, delimiters);
   try {
-    field = trimmed;
+    field = next;
   } catch (...) {  // out of memory
     field.clear();
     if (m_stream != nullptr) return false;
@@ -152,26 +152,34 @@ int CMyParser::FoldLineEnd(int c) {
   return c;
 }
 
-/// The characters of a text that mean nothing lie side by side, and are taken at once.
-void CMyParser::TakeRun(FieldText& field, bool quoted) {
-  if (m_stream != nullptr || m_position == nullptr) return;
+/// Takes a field of a text that lies there as it is: no quote and no CR in it. False for another,
+/// with nothing taken.
+bool CMyParser::TakePlain(std::string_view& field) {
+  if (m_stream != nullptr || m_position == nullptr) return false;
   const char* end = m_position;
-  if (quoted) {
-    end += std::strcspn(end, "\"");
-  } else {
-    while (IsOrdinary(*end)) ++end;
-  }
-  field.Store(m_position, static_cast<std::size_t>(end - m_position));
-  m_position = end;
+  while (IsOrdinary(*end)) ++end;
+  if (*end == '"' || *end == '\r') return false;
+  const auto length = static_cast<std::size_t>(end - m_position);
+  field = trimmed({m_position, std::min<std::size_t>(length, kFieldBufferSize - 1)});
+  m_atEnd = *end == '\0';
+  m_position = m_atEnd ? end : end + 1;
+  return true;
+}
+
+/// Takes what stands within quotes of a text, up to the one that ends them.
+void CMyParser::TakeQuoted(FieldText& field) {
+  if (m_stream != nullptr || m_position == nullptr) return;
+  const std::size_t length = std::strcspn(m_position, "\"");
+  field.Store(m_position, length);
+  m_position += length;
 }
 
 void CMyParser::ReadField(FieldText& field) {
   bool quoted = false;
-  TakeRun(field, quoted);
   for (int c = NextChar(); c != 0; c = NextChar()) {
     if (c == '"') {
       quoted = !quoted;
-      TakeRun(field, quoted);
+      if (quoted) TakeQuoted(field);
       continue;
     }
     if (!quoted) {

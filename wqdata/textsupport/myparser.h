@@ -76,7 +76,8 @@ class WQDATA_API CMyParser {
   void SetDelimiters(const char* delimiters);
   bool IsDelimiter(int c) const;
   bool IsOrdinary(char c) const;
-  void TakeRun(FieldText& field, bool quoted);
+  bool TakePlain(std::string_view& field);
+  void TakeQuoted(FieldText& field);
   int FoldLineEnd(int c);
   void ReadField(FieldText& field);
 
