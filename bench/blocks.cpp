@@ -1,6 +1,5 @@
 // Transfer from one record format into the other, and validation of received bytes.
-#include <flatbuffers/flexbuffers.h>
-
+#include "flexrow.h"
 #include "ours.h"
 #include "peers.h"
 
@@ -51,18 +50,7 @@ bool is_valid(const Bson& bson) {
 flexbuffers::Builder& flex_rows() {
   auto& builder = *new flexbuffers::Builder;
   builder.Vector([&] {
-    for (const Row& row : rows()) {
-      builder.Map([&] {
-        builder.Int("1", row.number);
-        builder.Int("2", row.small);
-        builder.Double("3", row.real);
-        builder.Int("4", row.price);
-        builder.Int("5", packed(row.date));
-        builder.Int("6", packed(row.time));
-        builder.String("7", row.text);
-        builder.Int("8", row.error);
-      });
-    }
+    for (const Row& row : rows()) add_map(builder, row);
   });
   builder.Finish();
   return builder;

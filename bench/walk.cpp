@@ -1,6 +1,5 @@
 // Walking every field of received bytes, vectors, and looking for one field in each record.
-#include <flatbuffers/flexbuffers.h>
-
+#include "flexrow.h"
 #include "ours.h"
 #include "peers.h"
 
@@ -47,16 +46,7 @@ std::vector<std::vector<std::uint8_t>> flex_rows() {
   std::vector<std::vector<std::uint8_t>> buffers;
   for (const Row& row : rows()) {
     flexbuffers::Builder builder;
-    builder.Map([&] {
-      builder.Int("1", row.number);
-      builder.Int("2", row.small);
-      builder.Double("3", row.real);
-      builder.Int("4", row.price);
-      builder.Int("5", packed(row.date));
-      builder.Int("6", packed(row.time));
-      builder.String("7", row.text);
-      builder.Int("8", row.error);
-    });
+    add_map(builder, row);
     builder.Finish();
     buffers.push_back(builder.GetBuffer());
   }

@@ -74,14 +74,16 @@ void check_price(int baseCode, std::int32_t price) {
          "the double of a price is that price");
 }
 
-/// Texts of numbers are read as the C library reads them. Hexadecimal ones are left out: it rounds
-/// some halves of the smallest the wrong way.
+/// Texts of numbers are read as the C library reads them with a decimal point. Hexadecimal ones are
+/// left out: it rounds some halves of the smallest the wrong way.
 void check_numbers(const char* text) {
   const double fraction = service::fraction_to_double(text);
   Expect(fraction == MISSING_DOUBLE || std::strpbrk(text, "/^") != nullptr,
          "a fraction has its mark");
   if (std::strpbrk(text, "xX/^") != nullptr) return;
-  const double read = CDataItem(FID{1}, text, -1).GetFloat(), expected = std::strtod(text, nullptr);
+  static const locale_t usual = newlocale(LC_ALL_MASK, "C", nullptr);
+  const double read = CDataItem(FID{1}, text, -1).GetFloat();
+  const double expected = strtod_l(text, nullptr, usual);
   const bool missing = std::strncmp(text, "N/A", 4) == 0;
   Expect(missing || read == expected || (std::isnan(read) && std::isnan(expected)),
          "a number is what the C library reads");
