@@ -64,8 +64,9 @@ TEST(Validation, NamesTheFirstFault) {
       31 2C 61 => 3 the text has no end | 31 00 00 32 00 => 3 bytes lie behind the end of the text)";
   const std::pair<cf_id, const char*> tables[] = {
       {ZUL3, kZul3}, {ZUL4, kZul4}, {TEXT, kText}, {CSV, kText}};
-  for (const auto& [format, table] : tables) {
-    ExpectRows(table, [&](const std::string& hex) { return FaultOf(format, BytesOfHex(hex)); });
+  for (const auto& tested : tables) {
+    ExpectRows(tested.second,
+               [&](const std::string& hex) { return FaultOf(tested.first, BytesOfHex(hex)); });
   }
   EXPECT_EQ(FaultOf(Btrieve, std::string(3, '\0')) + FaultOf(Btrieve, ""), "validvalid");
   for (const int format : {0, 3, 7, -1}) {
