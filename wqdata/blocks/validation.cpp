@@ -8,7 +8,19 @@
 
 namespace {
 
-using namespace wqd::service;
+using wqd::service::Bytes;
+using wqd::service::FieldFormat;
+using wqd::service::FieldView;
+using wqd::service::kZul3FieldCountAt;
+using wqd::service::kZul3HeaderSize;
+using wqd::service::kZul3LengthAt;
+using wqd::service::kZul3RecordCountAt;
+using wqd::service::kZul4FieldCountAt;
+using wqd::service::kZul4HeaderSize;
+using wqd::service::kZul4LengthAt;
+using wqd::service::kZul4RecordCountAt;
+using wqd::service::kZul4RecordHead;
+using wqd::service::load;
 
 /// Where bytes are no block, and why; without a reason they are one.
 struct Fault {
@@ -22,9 +34,10 @@ const char* take_fields(const FieldFormat& format, Bytes& bytes, std::uint64_t c
   for (; count > 0; --count) {
     FieldView view;
     if (bytes.Left() == 0) return "a field is missing";
-    if (!view_field(format, bytes, view)) return "a field does not fit";
+    if (!wqd::service::view_field(format, bytes, view)) return "a field does not fit";
     if (view.layout == nullptr) return "the type of a field is unknown";
-    if (!holds_whole_strings(view)) return "the strings of a field are not as it says";
+    if (!wqd::service::holds_whole_strings(view))
+      return "the strings of a field are not as it says";
     bytes.Skip(view.size);
   }
   return nullptr;
@@ -41,19 +54,20 @@ Fault zul3_fault(const std::uint8_t* data, std::size_t size) {
     return {kZul3RecordCountAt, "a record has not been finished"};
   }
   Bytes left(data + kZul3HeaderSize, size - kZul3HeaderSize);
-  const char* reason = take_fields(kZul3Fields, left, std::uint64_t{records} * fields);
+  const char* reason =
+      take_fields(wqd::service::kZul3Fields, left, std::uint64_t{records} * fields);
   if (reason == nullptr && left.Left() > 0) reason = "bytes lie behind the last field";
   return {size - left.Left(), reason};
 }
 
 /// Takes the record at the front of `block`.
 const char* take_record(Bytes& block) {
-  Bytes record = ZUL4_record(block);
+  Bytes record = wqd::service::ZUL4_record(block);
   if (record.Left() == 0) return "a record does not fit";
   const auto fields = load<std::uint16_t>(record.At() + kZul4FieldCountAt);
   const std::size_t whole = record.Left();
   record.Skip(kZul4RecordHead);
-  const char* reason = take_fields(kZul4Fields, record, fields);
+  const char* reason = take_fields(wqd::service::kZul4Fields, record, fields);
   if (reason == nullptr && record.Left() > 0) reason = "a record has bytes behind its last field";
   block.Skip(whole - record.Left());
   return reason;
@@ -85,7 +99,8 @@ Fault text_fault(const std::uint8_t* data, std::size_t size) {
 }
 
 Fault fault_of(cf_id format, const std::uint8_t* data, std::size_t size) {
-  if (size > kLargestBlock) return {kLargestBlock, "no block is as large"};
+  if (size > wqd::service::kLargestBlock)
+    return {wqd::service::kLargestBlock, "no block is as large"};
   if (data == nullptr && size > 0) return {0, "there are no bytes"};
   switch (format) {
     case TEXT:
