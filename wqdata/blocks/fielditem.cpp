@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include <wqdata/blocks/fielditem.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/values/missing.h>

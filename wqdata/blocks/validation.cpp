@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/service/bigzul3.h>

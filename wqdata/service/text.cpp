@@ -122,10 +122,8 @@ std::string_view fixed_text(double value, NumberText& room, int decimals) {
 }
 
 std::string_view decimal_text(std::int32_t value, NumberText& room) {
-  char* const end = room.data() + room.size();
-  const auto magnitude = static_cast<std::uint64_t>(std::abs(std::int64_t{value}));
-  char* begin = put_digits_before(end, magnitude);
-  if (value < 0) *--begin = '-';
+  char* const begin = room.data();
+  const char* const end = std::to_chars(begin, begin + room.size(), value).ptr;
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 
