@@ -127,41 +127,50 @@ bool CZul3Block::EndRecord() {
   return true;
 }
 
-/// Adds `stored`, which is how the record holds `value`, as an item of the value would be added.
-template <typename Value, typename Stored>
-bool CZul3Block::AddValue(int type, FID id, const Value& value, const Stored& stored) {
-  if (!IsWritable()) return false;
-  if (is_missing(value)) return AddError(id, kMissing);
-  if (AddField(type, id, &stored)) return true;
-  CDataItem item(id, value);
-  return Refused(item);
+/// Appends a value at once, where there is room. False for all else, which goes the way of items.
+template <int type, typename Stored>
+bool CZul3Block::Append(FID id, const Stored& stored, std::uint16_t baseCode) {
+  constexpr std::size_t kSize = service::kFixedSize<service::kZul3Fields, type>;
+  if (m_readOnly || !service::BigZUL3_has_room(m_pRecord, kSize, m_allocSize)) return false;
+  service::BigZUL3_append_fixed<type>(m_pRecord, id, stored, baseCode);
+  return true;
 }
 
 bool CZul3Block::Add(FID id, const ZULTIME& value) {
-  return AddValue(TYPE_TIME, id, value, static_cast<ZULTIME>(CZulTime(value)));
+  const bool added = !is_missing(value) && Append<TYPE_TIME>(id, ZULTIME(CZulTime(value)));
+  return added || CDataBlock::Add(id, value);
 }
 
 bool CZul3Block::Add(FID id, const ZULDATE& value) {
-  return AddValue(TYPE_DATE, id, value, static_cast<ZULDATE>(CZulDate(value)));
+  const bool added = !is_missing(value) && Append<TYPE_DATE>(id, ZULDATE(CZulDate(value)));
+  return added || CDataBlock::Add(id, value);
 }
 
-/// Through the packed record, which cuts the base code.
 bool CZul3Block::Add(FID id, const CFixPtNum& value) {
-  const FPN record = value;
-  const bool whole = record.baseCode == value.GetBaseCode();
-  const CFixPtNum price = whole ? value : CFixPtNum(record);
-  if (!IsWritable()) return false;
-  if (is_missing(record)) return AddError(id, kMissing);
-  if (AddPrice(id, price)) return true;
-  CDataItem item(id, value);
-  return Refused(item);
+  const auto baseCode = static_cast<std::uint16_t>(value.GetBaseCode());
+  const std::int32_t price = value;
+  const bool added = price != MISSING_LONG && Append<TYPE_LPACK>(id, price, baseCode);
+  return added || CDataBlock::Add(id, value);
 }
 
-bool CZul3Block::Add(FID id, double value) { return AddValue(TYPE_DOUBLE, id, value, value); }
+bool CZul3Block::Add(FID id, double value) {
+  const bool added = !is_missing(value) && Append<TYPE_DOUBLE>(id, value);
+  return added || CDataBlock::Add(id, value);
+}
 
-bool CZul3Block::Add(FID id, std::int32_t value) { return AddValue(TYPE_LONG, id, value, value); }
+bool CZul3Block::Add(FID id, std::int32_t value) {
+  const bool added = !is_missing(value) && Append<TYPE_LONG>(id, value);
+  return added || CDataBlock::Add(id, value);
+}
 
-bool CZul3Block::Add(FID id, std::int16_t value) { return AddValue(TYPE_INT, id, value, value); }
+bool CZul3Block::Add(FID id, std::int16_t value) {
+  const bool added = !is_missing(value) && Append<TYPE_INT>(id, value);
+  return added || CDataBlock::Add(id, value);
+}
+
+bool CZul3Block::AddError(FID id, std::int16_t error) {
+  return Append<TYPE_ERROR>(id, error) || CDataBlock::AddError(id, error);
+}
 
 bool CZul3Block::Add(CDataItem& item) {
   if (!IsWritable()) return false;

@@ -45,6 +45,7 @@ class CZul3Block final : public CDataBlock {
   bool Add(FID id, std::int16_t value) override;
   bool Add(CDataItem& item) override;
   bool Add(FID id, const char* text) override;
+  bool AddError(FID id, std::int16_t error) override;
   bool AddShortVector(FID id, const std::int16_t* values, std::uint32_t count) override;
   bool AddLongVector(FID id, const std::int32_t* values, std::uint32_t count) override;
   bool AddDoubleVector(FID id, const double* values, std::uint32_t count) override;
@@ -72,8 +73,8 @@ class CZul3Block final : public CDataBlock {
   std::uint16_t HeaderWord(std::uint32_t offset) const;
   void SetHeaderWord(std::uint32_t offset, std::uint16_t word);
 
-  template <typename Value, typename Stored>
-  bool AddValue(int type, FID id, const Value& value, const Stored& stored);
+  template <int type, typename Stored>
+  bool Append(FID id, const Stored& stored, std::uint16_t baseCode = 0);
   bool AddScalar(CDataItem& item);
   bool AddVector(CDataItem& item);
   bool AddPrice(FID id, const CFixPtNum& price);

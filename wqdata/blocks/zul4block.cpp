@@ -72,7 +72,7 @@ bool CZul4Block::Add(FID id, const ZULDATE& value) {
 
 bool CZul4Block::Add(FID id, const CFixPtNum& value) {
   if (!IsWritable()) return false;
-  if (is_missing(static_cast<FPN>(value))) return AddError(id, kMissing);
+  if (value.IsMissing()) return AddError(id, kMissing);
   return add_price(m_handle, id, value) == 0;
 }
 

@@ -64,13 +64,13 @@ CDataItem::CDataItem(FID id, const char* text, int length) {
 
 CDataItem::~CDataItem() {
   if (OwnsStringBuffer()) delete[] m_string;
-  ReplaceBlock(nullptr);
+  ReplaceBlock(nullptr, 0);
 }
 
 /// The string buffer stays as it is: constructors fill in no more than they must.
 void CDataItem::Initialize() {
-  std::memset(&m_value, 0, sizeof m_value);
   m_vector = nullptr;
+  m_vectorCapacity = 0;
   m_string = m_buffer;
   m_capacity = kEmbeddedCapacity;
 }
@@ -158,7 +158,7 @@ void CDataItem::Copy(const CDataItem& other) {
   if (other.m_type == TYPE_STRING) return Set(other.m_id, other.m_string, other.m_size - 1);
   if (other.HoldsBlock()) return CopyBlock(other);
   TakeHeader(other);
-  std::memcpy(&m_value, &other.m_value, static_cast<std::size_t>(m_size));
+  m_value = other.m_value;
 }
 
 void CDataItem::TakeHeader(const CDataItem& other) {
@@ -173,7 +173,7 @@ void CDataItem::TakeOver(CDataItem& other) {
   const bool fits = other.m_type != TYPE_STRING || is_missing(other.m_string) ||
                     static_cast<std::uint32_t>(other.m_size) <= m_capacity;
   if (other.HoldsBlock()) {
-    ReplaceBlock(std::exchange(other.m_vector, nullptr));
+    ReplaceBlock(std::exchange(other.m_vector, nullptr), std::exchange(other.m_vectorCapacity, 0));
     TakeHeader(other);
     m_value = other.m_value;
   } else if (fits) {
@@ -186,40 +186,10 @@ void CDataItem::TakeOver(CDataItem& other) {
   other.SetError(FID{0}, kNeverSet);
 }
 
-FID CDataItem::GetId() const { return m_id; }
-
-int CDataItem::GetType() const { return m_type; }
-
-int CDataItem::GetSize() const { return m_size; }
-
-int CDataItem::GetLength() { return m_size; }
-
-bool CDataItem::IsNull() const { return m_type == TYPE_ERROR; }
-
-bool CDataItem::IsIntegralType() const { return m_type == TYPE_LONG || m_type == TYPE_INT; }
-
-std::int16_t CDataItem::GetError() const { return IsNull() ? m_value.asShort : std::int16_t{0}; }
-
 unsigned char CDataItem::GetByte() const {
   if (m_type == TYPE_STRING) return static_cast<unsigned char>(m_string[0]);
   if (m_type == TYPE_INT) return static_cast<unsigned char>(m_value.asShort);
   return 0;
-}
-
-std::int16_t CDataItem::GetShort() const {
-  return m_type == TYPE_INT ? m_value.asShort : ConvertToShort();
-}
-
-std::int32_t CDataItem::GetLong() const {
-  return m_type == TYPE_LONG ? m_value.asLong : ConvertToLong();
-}
-
-double CDataItem::GetFloat() const {
-  return m_type == TYPE_DOUBLE ? m_value.asDouble : ConvertToFloat();
-}
-
-const char* CDataItem::GetString() const {
-  return m_type == TYPE_STRING ? m_string : ConvertToString();
 }
 
 std::int16_t CDataItem::ConvertToShort() const {
@@ -242,7 +212,7 @@ double CDataItem::ConvertToFloat() const {
   switch (m_type) {
     case TYPE_LONG: return m_value.asLong;
     case TYPE_INT: return m_value.asShort;
-    case TYPE_LPACK: return m_value.asPrice.value;
+    case TYPE_LPACK: return m_value.asPrice;
     case TYPE_STRING: {
       const bool fraction = std::strpbrk(m_string, "/^") != nullptr;
       return fraction ? service::fraction_to_double(m_string) : service::text_to_double(m_string);
@@ -267,7 +237,7 @@ int CDataItem::Print(char* buffer, int size) const {
       return service::put_text(service::decimal_text(m_value.asLong, room), buffer, size);
     case TYPE_INT:
       return service::put_text(service::decimal_text(m_value.asShort, room), buffer, size);
-    case TYPE_LPACK: return CFixPtNum(m_value.asPrice).Print(buffer, size);
+    case TYPE_LPACK: return m_value.asPrice.Print(buffer, size);
     case TYPE_DATE: return CZulDate(m_value.asDate).Print(buffer, size);
     case TYPE_TIME: return CZulTime(m_value.asTime).Print(buffer, size);
     case TYPE_STRING: return service::put_text(m_string, buffer, size);

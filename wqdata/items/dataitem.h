@@ -132,25 +132,25 @@ class WQDATA_API CDataItem {
   void Copy(const CDataItem& other);
 
   /// The field identifier.
-  FID GetId() const;
+  FID GetId() const { return m_id; }
 
   /// The type code, one of the TYPE_ constants.
-  int GetType() const;
+  int GetType() const { return m_type; }
 
   /// The size of the value: bytes of a number (a price 16, a date or time 4, an error value 2), of
   /// a text with its NUL, of a blob, of the strings of a string vector; elements of any other
   /// vector. `GetLength` is the same number.
-  int GetSize() const;
-  int GetLength();
+  int GetSize() const { return m_size; }
+  int GetLength() { return m_size; }
 
   /// True for an error item, whatever its error value.
-  bool IsNull() const;
+  bool IsNull() const { return m_type == TYPE_ERROR; }
 
   /// True for TYPE_LONG and TYPE_INT.
-  bool IsIntegralType() const;
+  bool IsIntegralType() const { return m_type == TYPE_LONG || m_type == TYPE_INT; }
 
   /// The error value of an error item; 0 for any other.
-  std::int16_t GetError() const;
+  std::int16_t GetError() const { return IsNull() ? m_value.asShort : std::int16_t{0}; }
 
   /// The first byte of a text, the low 8 bits of a TYPE_INT; 0 for any other.
   unsigned char GetByte() const;
@@ -158,32 +158,36 @@ class WQDATA_API CDataItem {
   /// The value as an integer. A TYPE_LONG gives `GetShort` its low 16 bits. A text gives what
   /// `atoi` reads, 0 for no number and the nearest number within 32 bits, of which `GetShort` takes
   /// the low 16 bits. Every other type, a double too, gives MISSING_SHORT or MISSING_LONG.
-  std::int16_t GetShort() const;
-  std::int32_t GetLong() const;
+  std::int16_t GetShort() const { return m_type == TYPE_INT ? m_value.asShort : ConvertToShort(); }
+  std::int32_t GetLong() const { return m_type == TYPE_LONG ? m_value.asLong : ConvertToLong(); }
 
   /// The value as a double. A text that holds "/" or "^" anywhere is read as a fraction of a price
   /// (`101 2/8`, `1/2`, `101^08`, the whole part at most 2^54; MISSING_DOUBLE if it is none), any
   /// other as `atof` reads it, with a decimal point in every locale. Types without a number give
   /// MISSING_DOUBLE.
-  double GetFloat() const;
+  double GetFloat() const { return m_type == TYPE_DOUBLE ? m_value.asDouble : ConvertToFloat(); }
 
   /// The value as a price: a double with base code 110, a long or short with 101, a text as a price
   /// in any notation. Types without a price give base code 0 and MISSING_DOUBLE.
-  CFixPtNum GetFPN() const;
+  CFixPtNum GetFPN() const { return m_type == TYPE_LPACK ? m_value.asPrice : ConvertToFPN(); }
 
   /// The value as a date; of a text, what `CZulDate::Scan` leaves. A year below 100 passes through
   /// the rule of two-digit years. Types without a date give the zero date.
-  CZulDate GetDate() const;
+  CZulDate GetDate() const {
+    return m_type == TYPE_DATE ? CZulDate(m_value.asDate) : ConvertToDate();
+  }
 
   /// The value as a time; a long or short counts minutes, a text is read by `CZulTime::Scan`. Types
   /// without a time give MISSING_TIME_SECONDS.
-  CZulTime GetTime() const;
+  CZulTime GetTime() const {
+    return m_type == TYPE_TIME ? CZulTime(m_value.asTime) : ConvertToTime();
+  }
 
   /// The elements of a vector, or the bytes of a blob. They stay the item's, and valid until its
   /// next `SetVector`, blob `Set`, `Copy` of either, a move from or to it, or its end. Not tested
   /// for the type: null for an item that never held any, and the old block for one that has since
   /// become a number or a text.
-  void* GetVectorPtr();
+  void* GetVectorPtr() { return m_vector; }
 
   /// The base code of a TYPE_LPACK or TYPE_VECTOR_LPACK item. For other types the result has no
   /// meaning.
@@ -193,7 +197,7 @@ class WQDATA_API CDataItem {
   /// type what `Print` writes, empty if it writes nothing or there is no memory. The result lives
   /// in this item, until the next `GetString` of a value that is no text, the next text stored
   /// here, a move from the item, or its end.
-  const char* GetString() const;
+  const char* GetString() const { return m_type == TYPE_STRING ? m_string : ConvertToString(); }
 
   /// Compares this item with `other`. The type of this item alone says how, and `other` is read by
   /// the accessor of that type, whatever its own, a marker counting as the number that it is: a
@@ -243,12 +247,14 @@ class WQDATA_API CDataItem {
   static constexpr std::uint32_t kEmbeddedCapacity = 512;
 
   union Value {
+    Value() : asPrice() {}
+
     double asDouble;
     std::int32_t asLong;
     std::int16_t asShort;
     ZULDATE asDate;
     ZULTIME asTime;
-    FPN asPrice;
+    CFixPtNum asPrice;
   };
 
   void Initialize();
@@ -256,7 +262,7 @@ class WQDATA_API CDataItem {
   void ReplaceStringBuffer(char* buffer, std::uint32_t capacity) const;
   bool ResizeStringBuffer(std::uint64_t size) const;
   bool StoreBlock(int type, const void* values, std::uint32_t count);
-  void ReplaceBlock(void* block);
+  void ReplaceBlock(void* block, std::uint64_t capacity);
   bool HoldsBlock() const;
   void CopyBlock(const CDataItem& other);
   const char* JoinStrings() const;
@@ -277,8 +283,9 @@ class WQDATA_API CDataItem {
   Value m_value;
   mutable char* m_string;
   void* m_vector;
-  mutable char m_buffer[kEmbeddedCapacity];
+  std::uint64_t m_vectorCapacity;  // bytes of the block at m_vector
   mutable std::uint32_t m_capacity;
+  mutable char m_buffer[kEmbeddedCapacity];
 };
 
 }  // namespace wqd

@@ -43,12 +43,12 @@ CDataItem::CDataItem(FID id, const ZULTIME& value) {
 }
 
 void CDataItem::Set(FID id, const CFixPtNum& value) {
-  const FPN price = value;
-  if (is_missing(price)) return SetError(id, kMissing);
+  if (value.IsMissing()) return SetError(id, kMissing);
+  const bool fits = static_cast<std::int16_t>(value.GetBaseCode()) == value.GetBaseCode();
   m_id = id;
   m_type = TYPE_LPACK;
-  m_size = sizeof price;
-  m_value.asPrice = price;
+  m_size = sizeof(FPN);
+  m_value.asPrice = fits ? value : CFixPtNum(static_cast<FPN>(value));
 }
 
 void CDataItem::Set(FID id, const CZulDate& value) { Set(id, static_cast<ZULDATE>(value)); }
@@ -71,19 +71,9 @@ void CDataItem::Set(FID id, const ZULTIME& value) {
   m_value.asTime = value;
 }
 
-CFixPtNum CDataItem::GetFPN() const {
-  return m_type == TYPE_LPACK ? CFixPtNum(m_value.asPrice) : ConvertToFPN();
+std::int16_t CDataItem::GetBaseCode() const {
+  return static_cast<std::int16_t>(m_value.asPrice.GetBaseCode());
 }
-
-CZulDate CDataItem::GetDate() const {
-  return m_type == TYPE_DATE ? CZulDate(m_value.asDate) : ConvertToDate();
-}
-
-CZulTime CDataItem::GetTime() const {
-  return m_type == TYPE_TIME ? CZulTime(m_value.asTime) : ConvertToTime();
-}
-
-std::int16_t CDataItem::GetBaseCode() const { return m_value.asPrice.baseCode; }
 
 CFixPtNum CDataItem::ConvertToFPN() const {
   switch (m_type) {

@@ -41,15 +41,16 @@ bool CDataItem::StoreBlock(int type, const void* values, std::uint32_t count) {
   char* const block = new (std::nothrow) char[static_cast<std::size_t>(bytes)];
   if (block == nullptr) return false;
   if (bytes > 0) std::memcpy(block, values, static_cast<std::size_t>(bytes));
-  ReplaceBlock(block);
+  ReplaceBlock(block, bytes);
   m_type = type;
   m_size = static_cast<int>(count);
   return true;
 }
 
-void CDataItem::ReplaceBlock(void* block) {
+void CDataItem::ReplaceBlock(void* block, std::uint64_t capacity) {
   delete[] static_cast<char*>(m_vector);
   m_vector = block;
+  m_vectorCapacity = capacity;
 }
 
 void CDataItem::SetVector(FID id, const double* values, std::uint32_t count) {
@@ -86,7 +87,7 @@ bool CDataItem::SetVector(FID id, int type, const void* values, std::uint32_t co
   const bool vector = element_width(type) != 0 && type != TYPE_EMPTY;
   if (!vector || !StoreBlock(type, values, count)) return false;
   m_id = id;
-  if (type == TYPE_VECTOR_LPACK) m_value.asPrice.baseCode = static_cast<std::int16_t>(baseCode);
+  if (type == TYPE_VECTOR_LPACK) m_value.asPrice.Set(0.0, static_cast<std::int16_t>(baseCode));
   return true;
 }
 
@@ -94,14 +95,12 @@ void CDataItem::Set(void* data, int size) {
   if (size > 0) StoreBlock(TYPE_EMPTY, data, static_cast<std::uint32_t>(size));
 }
 
-void* CDataItem::GetVectorPtr() { return m_vector; }
-
 bool CDataItem::HoldsBlock() const { return element_width(m_type) != 0; }
 
 void CDataItem::CopyBlock(const CDataItem& other) {
   if (!StoreBlock(other.m_type, other.m_vector, static_cast<std::uint32_t>(other.m_size))) return;
   m_id = other.m_id;
-  if (m_type == TYPE_VECTOR_LPACK) m_value.asPrice.baseCode = other.m_value.asPrice.baseCode;
+  if (m_type == TYPE_VECTOR_LPACK) m_value = other.m_value;
 }
 
 /// Writes the strings of a string vector into the string buffer, quoted and joined by commas. The

@@ -17,6 +17,37 @@ inline constexpr std::uint32_t kZul3RecordCountAt = 8;  // 16 bits
 inline constexpr std::uint32_t kZul3FieldCountAt = 10;  // 16 bits: fields of each record
 inline constexpr std::uint32_t kZul3HeaderSize = 12;
 
+/// True when a field of `size` bytes can be appended as the record stands.
+inline bool BigZUL3_has_room(const std::uint8_t* record, std::uint64_t size,
+                             std::uint32_t allocated) {
+  if (allocated == 0) return false;
+  const auto length = load<std::uint32_t>(record + kZul3LengthAt);
+  const auto fields = load<std::uint16_t>(record + kZul3FieldCountAt);
+  return size <= allocated - length && fields != UINT16_MAX;
+}
+
+/// Makes that room, in a record that is created with it if there is none. False when the field is
+/// refused. `source` is that of `grown`.
+bool BigZUL3_get_room(std::uint8_t*& record, std::uint64_t size, std::uint32_t& allocated,
+                      const void** source = nullptr);
+
+/// Counts a field of `size` bytes, for which there is room, and gives its place.
+inline std::uint8_t* BigZUL3_append(std::uint8_t* record, std::uint64_t size) {
+  const auto length = load<std::uint32_t>(record + kZul3LengthAt);
+  const auto fields = load<std::uint16_t>(record + kZul3FieldCountAt);
+  store(record + kZul3LengthAt, static_cast<std::uint32_t>(length + size));
+  store(record + kZul3FieldCountAt, static_cast<std::uint16_t>(fields + 1));
+  return record + length;
+}
+
+/// Appends a field of fixed size, for which there is room.
+template <int type, typename Element>
+void BigZUL3_append_fixed(std::uint8_t* record, FID id, Element element,
+                          std::uint16_t baseCode = 0) {
+  std::uint8_t* const at = BigZUL3_append(record, kFixedSize<kZul3Fields, type>);
+  write_fixed_field<kZul3Fields, type>(at, id, element, baseCode);
+}
+
 /// Appends a field of one value or text. `value` is its address, in the platform's byte order and
 /// of the width of `type`; a text is NUL-ended. Zero when added; nonzero for a type without such a
 /// field, null, a field count beyond 16 bits, a record near 2 GiB, and without memory.

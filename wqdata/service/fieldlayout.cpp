@@ -13,12 +13,13 @@ std::uint64_t size_of(const FieldLayout& layout, std::uint64_t count) {
   return layout.elementsAt + layout.width * count + end;
 }
 
-/// Counts, where the format has them, and base codes stand between the head and the elements.
-void store_count(const FieldFormat& format, std::uint8_t* at, std::uint32_t count) {
+/// Writes a count or a base code. Behind the base code of a wide format there are two bytes of
+/// zero, so that all words between the head and the elements are of one width.
+void store_word(const FieldFormat& format, std::uint8_t* at, std::uint32_t word) {
   if (format.wideCounts) {
-    store(at, count);
+    store(at, word);
   } else {
-    store(at, static_cast<std::uint16_t>(count));
+    store(at, static_cast<std::uint16_t>(word));
   }
 }
 
@@ -48,10 +49,10 @@ bool count_elements(const FieldFormat& format, const FieldLayout& layout, Bytes 
 
 }  // namespace
 
-std::uint64_t counted_field_size(const FieldFormat& format, const FieldValue& value) {
+std::uint64_t vector_field_size(const FieldFormat& format, const VectorValue& value) {
   const FieldLayout& layout = *find_layout(format, value.type);
   const std::uint32_t mostCounted = format.wideCounts ? UINT32_MAX : UINT16_MAX;
-  if (layout.countAt != 0 && value.count > mostCounted) return 0;
+  if (value.count > mostCounted) return 0;
   if (value.elements == nullptr && value.count > 0) return 0;
   if (layout.stringsAt != 0 && !are_whole_strings(value.elements, value.count, value.strings)) {
     return 0;
@@ -59,17 +60,13 @@ std::uint64_t counted_field_size(const FieldFormat& format, const FieldValue& va
   return size_of(layout, value.count);
 }
 
-void write_counted_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at) {
+void write_vector_field(const FieldFormat& format, const VectorValue& value, std::uint8_t* at) {
   const FieldLayout& layout = *find_layout(format, value.type);
-  std::memset(at, 0, layout.elementsAt);
-  store(at, static_cast<std::uint16_t>(value.type));
-  store(at + sizeof(std::uint16_t), value.id);
-  if (layout.countAt != 0) store_count(format, at + layout.countAt, value.count);
-  if (layout.baseCodeAt != 0) store(at + layout.baseCodeAt, value.baseCode);
-  if (layout.stringsAt != 0) store_count(format, at + layout.stringsAt, value.strings);
-  std::uint8_t* const elements = at + layout.elementsAt;
-  move_elements_of(layout.type, elements, value.elements, value.count);
-  if (layout.type == TYPE_STRING) elements[value.count] = 0;
+  write_head(at, value.type, value.id);
+  store_word(format, at + layout.countAt, value.count);
+  if (layout.baseCodeAt != 0) store_word(format, at + layout.baseCodeAt, value.baseCode);
+  if (layout.stringsAt != 0) store_word(format, at + layout.stringsAt, value.strings);
+  move_elements_of(value.type, at + layout.elementsAt, value.elements, value.count);
 }
 
 bool view_counted_field(const FieldFormat& format, Bytes bytes, FieldView& view) {

@@ -93,55 +93,62 @@ inline bool is_vector(int type) { return type >= TYPE_VECTOR_DOUBLE && type <= T
 /// Moves elements of a type between a record and an array of the platform's byte order.
 void move_elements_of(int type, void* to, const void* from, std::size_t count);
 
-/// The same for the one element of a field of fixed size.
-inline void move_element_of(const FieldLayout& layout, std::uint8_t* to, const void* from) {
-  if constexpr (kSwapped) {
-    if (layout.width > 0) move_elements_of(layout.type, to, from, 1);
-    return;
-  }
-  switch (layout.width) {  // so that each copy is one of a known size
-    case sizeof(std::int16_t): std::memcpy(to, from, sizeof(std::int16_t)); return;
-    case sizeof(std::int32_t): std::memcpy(to, from, sizeof(std::int32_t)); return;
-    case sizeof(double): std::memcpy(to, from, sizeof(double)); return;
-    default: return;  // the field of no value
-  }
+/// Writes the head of a field.
+inline void write_head(std::uint8_t* at, int type, FID id) {
+  store(at, static_cast<std::uint16_t>(type));
+  store(at + sizeof(std::uint16_t), id);
 }
 
-/// A field that is to be written.
-struct FieldValue {
+/// The bytes of a field of fixed size.
+template <const FieldFormat& format, int type>
+inline constexpr std::size_t kFixedSize = format.layouts[type].fixedSize;
+
+/// Writes a field of fixed size, all bytes of it. The type is known when the code is compiled, so
+/// that nothing of its layout is left to look up for a value.
+template <const FieldFormat& format, int type, typename Element>
+void write_fixed_field(std::uint8_t* at, FID id, Element element, std::uint16_t baseCode = 0) {
+  constexpr FieldLayout layout = format.layouts[type];
+  static_assert(layout.fixedSize == layout.elementsAt + sizeof element);
+  write_head(at, type, id);
+  std::memset(at + kFieldHead, 0, layout.elementsAt - kFieldHead);
+  if constexpr (layout.baseCodeAt != 0) store(at + layout.baseCodeAt, baseCode);
+  store(at + layout.elementsAt, element);
+}
+
+/// The bytes of a text of `length` bytes as a field.
+template <const FieldFormat& format>
+constexpr std::uint64_t text_field_size(std::size_t length) {
+  return std::uint64_t{format.layouts[TYPE_STRING].elementsAt} + length + 1;
+}
+
+/// Writes a text and its NUL as a field, all bytes of it.
+template <const FieldFormat& format>
+void write_text_field(std::uint8_t* at, FID id, const char* text, std::size_t length) {
+  constexpr FieldLayout layout = format.layouts[TYPE_STRING];
+  write_head(at, TYPE_STRING, id);
+  std::memset(at + kFieldHead, 0, layout.elementsAt - kFieldHead);
+  if constexpr (layout.countAt != 0) store(at + layout.countAt, static_cast<std::uint32_t>(length));
+  std::memcpy(at + layout.elementsAt, text, length);
+  at[layout.elementsAt + length] = 0;
+}
+
+/// A vector that is to be written.
+struct VectorValue {
   int type;
   FID id;
-  const void* elements;     ///< in the platform's byte order, at any address
-  std::uint32_t count = 1;  ///< of elements; of bytes for a text, without its NUL
+  const void* elements;  ///< in the platform's byte order, at any address
+  std::uint32_t count;   ///< of elements; of bytes for strings
   std::uint16_t baseCode = 0;
   std::uint32_t strings = 0;
 };
 
-/// The rest of `field_size` and `write_field`, for fields that say how large they are.
-std::uint64_t counted_field_size(const FieldFormat& format, const FieldValue& value);
-void write_counted_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at);
+/// The bytes that a vector takes as a field. 0 for one that the format can't carry: a count beyond
+/// its word, no elements where some are counted, strings that are not as many as is said, or whose
+/// last lacks its NUL.
+std::uint64_t vector_field_size(const FieldFormat& format, const VectorValue& value);
 
-/// The bytes that a field takes. 0 for one that the format can't carry: a type without a layout, a
-/// count beyond its word, no elements where some are counted, strings that are not as many as is
-/// said, or whose last lacks its NUL.
-inline std::uint64_t field_size(const FieldFormat& format, const FieldValue& value) {
-  const FieldLayout* const layout = find_layout(format, value.type);
-  if (layout == nullptr) return 0;
-  return layout->fixedSize != 0 ? layout->fixedSize : counted_field_size(format, value);
-}
-
-/// Writes a field of a `field_size` above 0, all bytes of it.
-inline void write_field(const FieldFormat& format, const FieldValue& value, std::uint8_t* at) {
-  const FieldLayout& layout = *find_layout(format, value.type);
-  if (layout.fixedSize == 0) return write_counted_field(format, value, at);
-  store(at, static_cast<std::uint16_t>(value.type));
-  store(at + sizeof(std::uint16_t), value.id);
-  if (layout.baseCodeAt != 0) store(at + layout.baseCodeAt, value.baseCode);
-  for (std::size_t gap = kFieldHead + sizeof value.baseCode; gap < layout.elementsAt; ++gap) {
-    at[gap] = 0;
-  }
-  move_element_of(layout, at + layout.elementsAt, value.elements);
-}
+/// Writes a vector of a `vector_field_size` above 0, all bytes of it.
+void write_vector_field(const FieldFormat& format, const VectorValue& value, std::uint8_t* at);
 
 /// A field in received bytes.
 struct FieldView {
@@ -149,7 +156,7 @@ struct FieldView {
   FID id = 0;
   const FieldLayout* layout = nullptr;     ///< null for an unknown type: its extent is unknown
   const std::uint8_t* elements = nullptr;  ///< unaligned
-  std::uint32_t count = 0;                 ///< as in `FieldValue`
+  std::uint32_t count = 0;  ///< of elements; of bytes for strings, and for a text without its NUL
   std::uint16_t baseCode = 0;
   std::uint32_t strings = 0;
   std::uint64_t size = 0;  ///< bytes of the field, all of which are there

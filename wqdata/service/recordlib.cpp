@@ -33,17 +33,22 @@ Bytes field_bytes(const ZUL4HANDLE& handle) {
   return bytes.Skip(handle.field - handle.current) ? bytes : Bytes{nullptr, 0};
 }
 
-int enter_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) {
-  if (index >= ZUL4_record_count(handle)) return kFailed;
-  if (record_at(handle, offset).Left() == 0) return kFailed;
+void stand_on_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) {
   handle.index = static_cast<std::uint16_t>(index);
   handle.current = offset;
   handle.field = offset + kZul4RecordHead;
+}
+
+int enter_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) {
+  if (index >= ZUL4_record_count(handle)) return kFailed;
+  if (record_at(handle, offset).Left() == 0) return kFailed;
+  stand_on_record(handle, index, offset);
   return kDone;
 }
 
-bool is_in_last_record(const ZUL4HANDLE& handle) {
-  return handle.current != 0 &&
+/// True while the current record is the last one, and takes fields.
+bool is_open(const ZUL4HANDLE& handle) {
+  return handle.current != 0 && (handle.flags & kRefused) == 0 &&
          handle.index + 1 == load<std::uint16_t>(handle.record + kZul4RecordCountAt);
 }
 
@@ -57,9 +62,9 @@ bool enter_last_record(ZUL4HANDLE& handle) {
 
 /// Makes room for `more` bytes. A text in the record itself, at `source`, moves along.
 bool make_room(ZUL4HANDLE& handle, std::uint64_t more, const void** source = nullptr) {
-  const std::uint64_t needed = (handle.record != nullptr ? ZUL4_length(handle) : 0) + more;
-  if ((handle.flags & kZul4Borrowed) != 0)
-    return handle.record != nullptr && needed <= handle.capacity;
+  const std::uint64_t needed = std::uint64_t{ZUL4_length(handle)} + more;
+  if (handle.record != nullptr && needed <= handle.capacity) return true;
+  if ((handle.flags & kZul4Borrowed) != 0) return false;
   void* const moved = grown(handle.record, handle.capacity, needed, source);
   if (moved == nullptr) return false;
   handle.record = static_cast<std::uint8_t*>(moved);
@@ -70,29 +75,60 @@ void set_length(ZUL4HANDLE& handle, std::uint64_t length) {
   store(handle.record + kZul4LengthAt, static_cast<std::uint32_t>(length));
 }
 
-/// Counts a field of `size` bytes at the end of the last record, for which there is room then, and
-/// gives the place. Null, with nothing changed, when it is refused.
-std::uint8_t* append(ZUL4HANDLE& handle, std::uint64_t size, const void** source) {
-  if (handle.record == nullptr || (handle.flags & kRefused) != 0) return nullptr;
-  if (!is_in_last_record(handle) && !enter_last_record(handle)) return nullptr;
-  const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
+/// True when a field of `size` bytes can be appended as the record stands.
+bool has_room(const ZUL4HANDLE& handle, std::uint64_t size) {
+  if (!is_open(handle)) return false;
   const auto length = load<std::uint32_t>(handle.record + kZul4LengthAt);
-  if (fields == UINT16_MAX) return nullptr;
-  if (size > handle.capacity - length && !make_room(handle, size, source)) return nullptr;
-  std::uint8_t* const head = handle.record + handle.current;
-  const auto end = static_cast<std::uint32_t>(length + size);
-  store(head + kZul4RecordLengthAt, end - handle.current);
-  store(head + kZul4FieldCountAt, static_cast<std::uint16_t>(fields + 1));
-  store(handle.record + kZul4LengthAt, end);
-  return handle.record + length;
+  const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
+  return size <= handle.capacity - length && fields != UINT16_MAX;
 }
 
-/// Inlined into the adds, each of which knows its type: of the layout's questions none is left.
-[[gnu::always_inline]] inline int add(ZUL4HANDLE& handle, FieldValue value) {
-  const std::uint64_t size = field_size(kZul4Fields, value);
-  std::uint8_t* const at = size != 0 ? append(handle, size, &value.elements) : nullptr;
-  if (at == nullptr) return kFailed;
-  write_field(kZul4Fields, value, at);
+/// Goes to the last record and makes room in it. False, with nothing changed but the cursors, when
+/// the field is refused. A text in the record itself, at `source`, moves along.
+bool get_room(ZUL4HANDLE& handle, std::uint64_t size, const void** source = nullptr) {
+  if (has_room(handle, size)) return true;
+  if (handle.record == nullptr || (handle.flags & kRefused) != 0) return false;
+  if (!is_open(handle) && !enter_last_record(handle)) return false;
+  const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
+  return fields != UINT16_MAX && make_room(handle, size, source);
+}
+
+/// Counts a field of `size` bytes, for which there is room, and gives its place.
+std::uint8_t* append(ZUL4HANDLE& handle, std::uint64_t size) {
+  std::uint8_t* const record = handle.record;
+  const std::uint32_t current = handle.current;
+  const auto length = load<std::uint32_t>(record + kZul4LengthAt);
+  const auto fields = load<std::uint16_t>(record + current + kZul4FieldCountAt);
+  const auto end = static_cast<std::uint32_t>(length + size);
+  store(record + current + kZul4RecordLengthAt, end - current);
+  store(record + current + kZul4FieldCountAt, static_cast<std::uint16_t>(fields + 1));
+  store(record + kZul4LengthAt, end);
+  return record + length;
+}
+
+template <int type, typename Element>
+int add(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode = 0);
+
+/// The rare way of `add`, apart so that the common one keeps nothing for after a call.
+template <int type, typename Element>
+[[gnu::noinline]] int add_in_new_room(ZUL4HANDLE& handle, FID id, Element element,
+                                      std::uint16_t baseCode) {
+  if (!get_room(handle, kFixedSize<kZul4Fields, type>)) return kFailed;
+  return add<type>(handle, id, element, baseCode);
+}
+
+template <int type, typename Element>
+int add(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode) {
+  constexpr std::size_t kSize = kFixedSize<kZul4Fields, type>;
+  if (!has_room(handle, kSize)) return add_in_new_room<type>(handle, id, element, baseCode);
+  write_fixed_field<kZul4Fields, type>(append(handle, kSize), id, element, baseCode);
+  return kDone;
+}
+
+int add_vector(ZUL4HANDLE& handle, VectorValue value) {
+  const std::uint64_t size = vector_field_size(kZul4Fields, value);
+  if (size == 0 || !get_room(handle, size, &value.elements)) return kFailed;
+  write_vector_field(kZul4Fields, value, append(handle, size));
   return kDone;
 }
 
@@ -139,7 +175,8 @@ int ZUL4_add_record(ZUL4HANDLE& handle) {
   store(handle.record + kZul4RecordCountAt, static_cast<std::uint16_t>(records + 1));
   set_length(handle, length + kZul4RecordHead);
   handle.flags = static_cast<std::uint8_t>(handle.flags & ~kRefused);
-  return enter_record(handle, records, length);
+  stand_on_record(handle, records, length);
+  return kDone;
 }
 
 void ZUL4_free(std::uint8_t* record) { release(record); }
@@ -219,70 +256,73 @@ int ZUL4_current_field(const ZUL4HANDLE& handle, FieldView& view) {
 }
 
 int ZUL4_add_short(ZUL4HANDLE& handle, FID id, std::int16_t value) {
-  return add(handle, {TYPE_INT, id, &value});
+  return add<TYPE_INT>(handle, id, value);
 }
 
 int ZUL4_add_long(ZUL4HANDLE& handle, FID id, std::int32_t value) {
-  return add(handle, {TYPE_LONG, id, &value});
+  return add<TYPE_LONG>(handle, id, value);
 }
 
 int ZUL4_add_double(ZUL4HANDLE& handle, FID id, double value) {
-  return add(handle, {TYPE_DOUBLE, id, &value});
+  return add<TYPE_DOUBLE>(handle, id, value);
 }
 
 int ZUL4_add_string(ZUL4HANDLE& handle, FID id, const char* text) {
   if (text == nullptr) return kFailed;
   const std::size_t length = std::strlen(text);
-  if (length > kLargestBlock) return kFailed;
-  return add(handle, {TYPE_STRING, id, text, static_cast<std::uint32_t>(length)});
+  const std::uint64_t size = text_field_size<kZul4Fields>(length);
+  const void* source = text;
+  if (!get_room(handle, size, &source)) return kFailed;
+  write_text_field<kZul4Fields>(append(handle, size), id, static_cast<const char*>(source), length);
+  return kDone;
 }
 
 int ZUL4_add_lpack(ZUL4HANDLE& handle, FID id, std::uint16_t baseCode, std::int32_t price) {
-  return add(handle, {TYPE_LPACK, id, &price, 1, baseCode});
+  return add<TYPE_LPACK>(handle, id, price, baseCode);
 }
 
 int ZUL4_add_date(ZUL4HANDLE& handle, FID id, ZULDATE value) {
-  return add(handle, {TYPE_DATE, id, &value});
+  return add<TYPE_DATE>(handle, id, value);
 }
 
 int ZUL4_add_time(ZUL4HANDLE& handle, FID id, ZULTIME value) {
-  return add(handle, {TYPE_TIME, id, &value});
+  return add<TYPE_TIME>(handle, id, value);
 }
 
 int ZUL4_add_error(ZUL4HANDLE& handle, FID id, std::int16_t error) {
-  return add(handle, {TYPE_ERROR, id, &error});
+  return add<TYPE_ERROR>(handle, id, error);
 }
 
 int ZUL4_add_short_vector(ZUL4HANDLE& handle, FID id, const std::int16_t* values,
                           std::uint32_t count) {
-  return add(handle, {TYPE_VECTOR_INT, id, values, count});
+  return add_vector(handle, {TYPE_VECTOR_INT, id, values, count});
 }
 
 int ZUL4_add_long_vector(ZUL4HANDLE& handle, FID id, const std::int32_t* values,
                          std::uint32_t count) {
-  return add(handle, {TYPE_VECTOR_LONG, id, values, count});
+  return add_vector(handle, {TYPE_VECTOR_LONG, id, values, count});
 }
 
 int ZUL4_add_double_vector(ZUL4HANDLE& handle, FID id, const double* values, std::uint32_t count) {
-  return add(handle, {TYPE_VECTOR_DOUBLE, id, values, count});
+  return add_vector(handle, {TYPE_VECTOR_DOUBLE, id, values, count});
 }
 
 int ZUL4_add_date_vector(ZUL4HANDLE& handle, FID id, const ZULDATE* values, std::uint32_t count) {
-  return add(handle, {TYPE_VECTOR_DATE, id, values, count});
+  return add_vector(handle, {TYPE_VECTOR_DATE, id, values, count});
 }
 
 int ZUL4_add_time_vector(ZUL4HANDLE& handle, FID id, const ZULTIME* values, std::uint32_t count) {
-  return add(handle, {TYPE_VECTOR_TIME, id, values, count});
+  return add_vector(handle, {TYPE_VECTOR_TIME, id, values, count});
 }
 
 int ZUL4_add_lpack_vector(ZUL4HANDLE& handle, FID id, std::uint16_t baseCode,
                           const std::int32_t* prices, std::uint32_t count) {
-  return add(handle, {TYPE_VECTOR_LPACK, id, prices, count, baseCode});
+  return add_vector(handle, {TYPE_VECTOR_LPACK, id, prices, count, baseCode});
 }
 
 int ZUL4_add_string_vector(ZUL4HANDLE& handle, FID id, const char* strings, std::uint32_t count,
                            std::uint32_t bytes) {
-  return add(handle, {TYPE_VECTOR_STRING, id, strings, bytes, 0, count});
+  return add_vector(handle, {TYPE_VECTOR_STRING, id, strings, bytes, 0, count});
 }
 
 }  // namespace wqd::service

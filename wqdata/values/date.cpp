@@ -149,16 +149,6 @@ CZulDate::CZulDate(int month, int day, int year) { Set(month, day, year); }
 
 CZulDate::CZulDate(const char* text) { Scan(text); }
 
-CZulDate::CZulDate(ZULDATE record) { Set(record.month, record.day, record.year); }
-
-void CZulDate::Set(int month, int day, int year) {
-  m_month = month;
-  m_day = day;
-  m_year = year;
-  if (year < 0 || year > 99 || (month == 0 && day == 0 && year == 0)) return;
-  m_year += year >= 70 ? 1900 : 2000;
-}
-
 bool CZulDate::Scan(const char* text) {
   std::array<std::int32_t, 3> read{};
   *this = CZulDate();
@@ -225,10 +215,5 @@ bool CZulDate::operator<=(const CZulDate& other) const { return Compare(other) <
 bool CZulDate::operator>(const CZulDate& other) const { return Compare(other) > 0; }
 
 bool CZulDate::operator>=(const CZulDate& other) const { return Compare(other) >= 0; }
-
-CZulDate::operator ZULDATE() const {
-  return {static_cast<std::int8_t>(m_day), static_cast<std::int8_t>(m_month),
-          static_cast<std::uint16_t>(m_year)};
-}
 
 }  // namespace wqd

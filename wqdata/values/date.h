@@ -35,11 +35,17 @@ class WQDATA_API CZulDate {
   explicit CZulDate(const char* text);
 
   /// As `Set` of the record's numbers.
-  CZulDate(ZULDATE record);
+  CZulDate(ZULDATE record) { Set(record.month, record.day, record.year); }
 
   /// Stores any three numbers. A year of 0 to 69 becomes one of 2000 to 2069 and a year of 70 to
   /// 99 one of 1970 to 1999, unless all three numbers are 0.
-  void Set(int month, int day, int year);
+  void Set(int month, int day, int year) {
+    m_month = month;
+    m_day = day;
+    m_year = year;
+    const bool zero = month == 0 && day == 0 && year == 0;
+    if (year >= 0 && year <= 99 && !zero) m_year += year >= 70 ? 1900 : 2000;
+  }
 
   /// Reads `month/day/year`, `month-day-year`, or with a year of 1970 to 2035 in front
   /// `year/month/day` or `year-month-day`. White space may stand before each number, anything
@@ -100,7 +106,10 @@ class WQDATA_API CZulDate {
   bool operator>=(const CZulDate& other) const;
 
   /// The low 8 bits of day and month and the low 16 bits of the year.
-  operator ZULDATE() const;
+  operator ZULDATE() const {
+    return {static_cast<std::int8_t>(m_day), static_cast<std::int8_t>(m_month),
+            static_cast<std::uint16_t>(m_year)};
+  }
 
  private:
   CZulDate Moved(std::int64_t days) const;

@@ -32,9 +32,10 @@ CFixPtNum::CFixPtNum(FPN record) { Set(record.value, record.baseCode); }
 CFixPtNum::CFixPtNum(LPACK record) { Set(record.price, record.baseCode); }
 
 CFixPtNum::CFixPtNum(const char* text) {
+  int baseCode = 0;
   std::int32_t price = MISSING_LONG;
-  service::price_from_string(text, m_baseCode, price);
-  m_value = value_of(price, m_baseCode);
+  service::price_from_string(text, baseCode, price);
+  Set(price, baseCode);
 }
 
 void CFixPtNum::Set(double value, int baseCode) {
@@ -43,17 +44,20 @@ void CFixPtNum::Set(double value, int baseCode) {
   m_baseCode = baseCode;
 }
 
-/// The floating code has several prices for a number, of which the shortest counts.
+/// The long stays where it says it all: not for the floating code, which has several for a number,
+/// of which the shortest counts, and not for one so low that its number may be the missing one.
 void CFixPtNum::Set(std::int32_t price, int baseCode) {
-  m_baseCode = baseCode;
-  m_value = price == MISSING_LONG ? MISSING_DOUBLE : value_of(price, baseCode);
-  const bool counts = service::is_scaled(baseCode) && !IsMissing();
-  m_price = counts ? price : MISSING_LONG;
+  constexpr std::int32_t kLowest = static_cast<std::int32_t>(MISSING_DOUBLE) + 1;
+  if (price > kLowest && service::is_scaled(baseCode)) {
+    m_price = price;
+    m_baseCode = baseCode;
+  } else {
+    Set(price == MISSING_LONG ? MISSING_DOUBLE : value_of(price, baseCode), baseCode);
+  }
 }
 
 bool CFixPtNum::ChangeBase(int baseCode) {
-  m_baseCode = baseCode;
-  m_price = MISSING_LONG;
+  Set(Value(), baseCode);
   return true;
 }
 
@@ -63,61 +67,61 @@ bool CFixPtNum::ConvertNumericBaseCode() {
   return ChangeBase(numeric);
 }
 
-bool CFixPtNum::IsMissing() const { return is_missing(m_value); }
+bool CFixPtNum::HoldsMissing() const { return is_missing(m_value); }
 
-CFixPtNum::operator double() const { return m_value; }
+double CFixPtNum::ValueOfLong() const { return value_of(m_price, m_baseCode); }
 
-CFixPtNum::operator std::int32_t() const {
-  std::int32_t price = m_price;
-  if (price == MISSING_LONG && !IsMissing()) service::price_from_double(m_value, m_baseCode, price);
+std::int32_t CFixPtNum::NearestLong() const {
+  std::int32_t price = MISSING_LONG;
+  if (!HoldsMissing()) service::price_from_double(m_value, m_baseCode, price);
   return price;
 }
 
-CFixPtNum::operator FPN() const { return {m_value, static_cast<std::int16_t>(m_baseCode)}; }
+CFixPtNum::operator FPN() const { return {Value(), static_cast<std::int16_t>(m_baseCode)}; }
 
 CFixPtNum::operator LPACK() const {
   return {static_cast<std::uint16_t>(m_baseCode), static_cast<std::int32_t>(*this)};
 }
 
-CFixPtNum CFixPtNum::operator+(double number) const { return {m_value + number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator+(double number) const { return {Value() + number, m_baseCode}; }
 
-CFixPtNum CFixPtNum::operator-(double number) const { return {m_value - number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator-(double number) const { return {Value() - number, m_baseCode}; }
 
-CFixPtNum CFixPtNum::operator*(double number) const { return {m_value * number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator*(double number) const { return {Value() * number, m_baseCode}; }
 
-CFixPtNum CFixPtNum::operator/(double number) const { return {m_value / number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator/(double number) const { return {Value() / number, m_baseCode}; }
 
 CFixPtNum CFixPtNum::operator+(CFixPtNum other) const {
-  return {m_value + other.m_value, higher_rank(m_baseCode, other.m_baseCode)};
+  return {Value() + other.Value(), higher_rank(m_baseCode, other.m_baseCode)};
 }
 
 CFixPtNum CFixPtNum::operator-(CFixPtNum other) const {
-  return {m_value - other.m_value, higher_rank(m_baseCode, other.m_baseCode)};
+  return {Value() - other.Value(), higher_rank(m_baseCode, other.m_baseCode)};
 }
 
-bool CFixPtNum::operator==(double other) const { return std::abs(m_value - other) < kTolerance; }
+bool CFixPtNum::operator==(double other) const { return std::abs(Value() - other) < kTolerance; }
 
 bool CFixPtNum::operator!=(double other) const { return !(*this == other); }
 
-bool CFixPtNum::operator<(double other) const { return other - m_value > kTolerance; }
+bool CFixPtNum::operator<(double other) const { return other - Value() > kTolerance; }
 
-bool CFixPtNum::operator<=(double other) const { return m_value - other < kTolerance; }
+bool CFixPtNum::operator<=(double other) const { return Value() - other < kTolerance; }
 
-bool CFixPtNum::operator>(double other) const { return m_value - other > kTolerance; }
+bool CFixPtNum::operator>(double other) const { return Value() - other > kTolerance; }
 
-bool CFixPtNum::operator>=(double other) const { return other - m_value < kTolerance; }
+bool CFixPtNum::operator>=(double other) const { return other - Value() < kTolerance; }
 
-bool CFixPtNum::operator==(CFixPtNum other) const { return *this == other.m_value; }
+bool CFixPtNum::operator==(CFixPtNum other) const { return *this == other.Value(); }
 
-bool CFixPtNum::operator!=(CFixPtNum other) const { return *this != other.m_value; }
+bool CFixPtNum::operator!=(CFixPtNum other) const { return *this != other.Value(); }
 
-bool CFixPtNum::operator<(CFixPtNum other) const { return *this < other.m_value; }
+bool CFixPtNum::operator<(CFixPtNum other) const { return *this < other.Value(); }
 
-bool CFixPtNum::operator<=(CFixPtNum other) const { return *this <= other.m_value; }
+bool CFixPtNum::operator<=(CFixPtNum other) const { return *this <= other.Value(); }
 
-bool CFixPtNum::operator>(CFixPtNum other) const { return *this > other.m_value; }
+bool CFixPtNum::operator>(CFixPtNum other) const { return *this > other.Value(); }
 
-bool CFixPtNum::operator>=(CFixPtNum other) const { return *this >= other.m_value; }
+bool CFixPtNum::operator>=(CFixPtNum other) const { return *this >= other.Value(); }
 
 int CFixPtNum::Print(char* buffer, int) const {
   service::price_to_string(m_baseCode, *this, buffer);

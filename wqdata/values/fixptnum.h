@@ -71,13 +71,16 @@ class WQDATA_API CFixPtNum {
   /// The base code, as it was given: any number.
   int GetBaseCode() const { return m_baseCode; }
 
+  /// True for a value less than 0.01 away from MISSING_DOUBLE.
+  bool IsMissing() const { return !IsLong() && HoldsMissing(); }
+
   /// The value.
-  operator double() const;
+  operator double() const { return Value(); }
 
   /// The long price nearest to the value in the scale of the base code, halves away from zero.
   /// MISSING_LONG for the missing price, a NaN or infinity, a value that 32 bits can't hold in this
   /// scale, and an unknown code.
-  operator std::int32_t() const;
+  operator std::int32_t() const { return IsLong() ? m_price : NearestLong(); }
 
   /// The records, with the low 16 bits of the base code.
   operator FPN() const;
@@ -117,11 +120,17 @@ class WQDATA_API CFixPtNum {
   int Print(char* buffer, int size) const;
 
  private:
-  bool IsMissing() const;
+  /// A price that came as a long stays one, since most leave as they came: records and texts hold
+  /// longs. The number is worked out when it is asked for.
+  bool IsLong() const { return m_price != MISSING_LONG; }
+  double Value() const { return IsLong() ? ValueOfLong() : m_value; }
+  bool HoldsMissing() const;
+  double ValueOfLong() const;
+  std::int32_t NearestLong() const;
 
+  double m_value = 0.0;  // of no meaning beside a long price
   std::int32_t m_baseCode = 0;
-  std::int32_t m_price = MISSING_LONG;  // as it was given; else it is worked out when asked for
-  double m_value = 0.0;
+  std::int32_t m_price = MISSING_LONG;  // where it came as one in a scaled code
 };
 
 }  // namespace wqd

@@ -38,8 +38,6 @@ CZulTime::CZulTime(int hours, int minutes, int seconds) { Set(hours, minutes, se
 
 CZulTime::CZulTime(const char* text) { Scan(text); }
 
-CZulTime::CZulTime(ZULTIME record) : m_seconds(record.minutes * 60 + record.seconds) {}
-
 void CZulTime::Set(int hours, int minutes, int seconds) {
   m_seconds = seconds_of(hours, minutes, seconds);
 }
@@ -75,12 +73,6 @@ bool CZulTime::operator<=(const CZulTime& other) const { return m_seconds <= oth
 bool CZulTime::operator>(const CZulTime& other) const { return m_seconds > other.m_seconds; }
 
 bool CZulTime::operator>=(const CZulTime& other) const { return m_seconds >= other.m_seconds; }
-
-CZulTime::operator int() const { return m_seconds; }
-
-CZulTime::operator ZULTIME() const {
-  return {static_cast<std::uint16_t>(m_seconds / 60), static_cast<std::uint16_t>(m_seconds % 60)};
-}
 
 bool CZulTime::InInterval(const CZulTime& start, const CZulTime& end) const {
   const bool started = *this >= start;

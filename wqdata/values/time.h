@@ -30,7 +30,7 @@ class WQDATA_API CZulTime {
   explicit CZulTime(const char* text);
 
   /// The record's minutes times 60, plus its seconds.
-  CZulTime(ZULTIME record);
+  CZulTime(ZULTIME record) : m_seconds(record.minutes * 60 + record.seconds) {}
 
   /// Stores (hours × 60 + minutes) × 60 + seconds, of any numbers; wraps beyond 32 bits.
   void Set(int hours, int minutes, int seconds);
@@ -59,11 +59,13 @@ class WQDATA_API CZulTime {
   bool operator>=(const CZulTime& other) const;
 
   /// Seconds since midnight.
-  operator int() const;
+  operator int() const { return m_seconds; }
 
   /// Whole minutes and remaining seconds, each cut to 16 bits. 139380 to 139439 seconds give the
   /// marker of a missing time.
-  operator ZULTIME() const;
+  operator ZULTIME() const {
+    return {static_cast<std::uint16_t>(m_seconds / 60), static_cast<std::uint16_t>(m_seconds % 60)};
+  }
 
   /// True from `start` up to, and without, `end`. An `end` at or before `start` lies behind
   /// midnight; with both the same every time is inside.
