@@ -36,7 +36,7 @@ std::uint64_t find(const Bson& bson) {
   std::uint64_t sum = 0;
   each_document(bson, [&sum](const bson_t& document) {
     bson_iter_t field;
-    if (bson_iter_init_find(&field, &document, "4")) sum += digest(bson_iter_int32(&field));
+    if (bson_iter_init_find_w_len(&field, &document, "4", 1)) sum += digest(bson_iter_int32(&field));
   });
   return sum;
 }

@@ -10,6 +10,7 @@ set(wqdata_public_headers
   wqdata/types.h
   wqdata/values/date.h
   wqdata/values/fixptnum.h
+  wqdata/values/missing.h
   wqdata/values/time.h
   wqdata/values/timezone.h
 )
@@ -31,7 +32,6 @@ set(wqdata_internal_headers
   wqdata/service/recordlib.h
   wqdata/service/rounding.h
   wqdata/service/text.h
-  wqdata/values/missing.h
   wqdata/values/windowszones.h
   wqdata/values/zonefile.h
 )

@@ -221,7 +221,7 @@ TEST(Shortage, Items) {
       {2001, [&](CDataItem& item) { item.Set(FID{7}, bytes, -1); }},
       {2001, [&](CDataItem& item) { item.SetText(FID{7}, bytes, 2000); }},
       {600, [&](CDataItem& item) { item.Set(bytes, 600); }},
-      {100, [&](CDataItem& item) { item.SetVector(FID{7}, TYPE_VECTOR_LONG, bytes, 100); }},
+      {300, [&](CDataItem& item) { item.SetVector(FID{7}, TYPE_VECTOR_LONG, bytes, 300); }},
       {2001, [&](CDataItem& item) { item.Copy(longText); }},
       {100, [&](CDataItem& item) { item = vector; }},
       {600, [&](CDataItem& item) { item.Copy(blob); }}};

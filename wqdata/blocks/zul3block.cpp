@@ -81,16 +81,14 @@ bool CZul3Block::IsWritable() const {
   return !m_readOnly && (m_pRecord == nullptr || m_allocSize > 0);
 }
 
-/// Bytes of the record; 0 for none, and for bytes that are no whole header.
-std::uint32_t CZul3Block::Length() const {
-  if (m_pRecord == nullptr || m_present < kZul3HeaderSize) return 0;
+/// What the header says, as far as the bytes go; all 0 without a record, and for bytes that are no
+/// whole header.
+inline CZul3Block::Header CZul3Block::ReadHeader() const {
+  if (m_pRecord == nullptr || m_present < kZul3HeaderSize) return {};
   const auto length = service::load<std::uint32_t>(m_pRecord + kZul3LengthAt);
-  const std::uint32_t present = std::min(length, m_present);
-  return present < kZul3HeaderSize ? 0 : present;
-}
-
-std::uint16_t CZul3Block::HeaderWord(std::uint32_t offset) const {
-  return Length() == 0 ? std::uint16_t{0} : service::load<std::uint16_t>(m_pRecord + offset);
+  if (length < kZul3HeaderSize) return {};
+  return {std::min(length, m_present), service::load<std::uint16_t>(m_pRecord + kZul3RecordCountAt),
+          service::load<std::uint16_t>(m_pRecord + kZul3FieldCountAt)};
 }
 
 void CZul3Block::SetHeaderWord(std::uint32_t offset, std::uint16_t word) {
@@ -100,12 +98,12 @@ void CZul3Block::SetHeaderWord(std::uint32_t offset, std::uint16_t word) {
 void* CZul3Block::GetData() { return m_pRecord; }
 
 int CZul3Block::GetDataSize() {
-  return static_cast<int>(std::min<std::uint32_t>(Length(), INT32_MAX));
+  return static_cast<int>(std::min<std::uint32_t>(ReadHeader().length, INT32_MAX));
 }
 
-int CZul3Block::GetRecordCount() { return HeaderWord(kZul3RecordCountAt); }
+int CZul3Block::GetRecordCount() { return ReadHeader().records; }
 
-int CZul3Block::GetFieldCount() { return HeaderWord(kZul3FieldCountAt); }
+int CZul3Block::GetFieldCount() { return ReadHeader().fields; }
 
 bool CZul3Block::StartRecord() {
   if (!IsWritable()) return false;
@@ -115,15 +113,14 @@ bool CZul3Block::StartRecord() {
 
 bool CZul3Block::EndRecord() {
   if (!IsWritable()) return false;
-  const std::uint16_t records = HeaderWord(kZul3RecordCountAt);
-  const std::uint16_t fields = HeaderWord(kZul3FieldCountAt);
-  if (fields == 0) {
-    if (records > 0) SetHeaderWord(kZul3FieldCountAt, m_finishedFields);
+  const Header header = ReadHeader();
+  if (header.fields == 0) {
+    if (header.records > 0) SetHeaderWord(kZul3FieldCountAt, m_finishedFields);
     return true;
   }
-  if (records == UINT16_MAX) return false;
-  m_finishedFields = fields;
-  SetHeaderWord(kZul3RecordCountAt, static_cast<std::uint16_t>(records + 1));
+  if (header.records == UINT16_MAX) return false;
+  m_finishedFields = header.fields;
+  SetHeaderWord(kZul3RecordCountAt, static_cast<std::uint16_t>(header.records + 1));
   return true;
 }
 
@@ -316,55 +313,78 @@ bool CZul3Block::AddStringVector(FID id, const char* strings, std::uint32_t coun
          service::BigZUL3_add_string_vector(m_pRecord, id, count, bytes, strings, m_allocSize) == 0;
 }
 
+/// The bytes from the current field on, none when there is none.
+inline service::Bytes CZul3Block::FieldBytes(std::uint32_t length) const {
+  const bool within = m_field != 0 && m_field < length;
+  return {m_pRecord + m_field, within ? length - m_field : 0};
+}
+
+/// The same for a step that does not look at the header: to stand on a field takes a whole one.
+inline service::Bytes CZul3Block::FieldBytes() const {
+  if (m_field == 0) return {nullptr, 0};
+  return FieldBytes(std::min(service::load<std::uint32_t>(m_pRecord + kZul3LengthAt), m_present));
+}
+
+/// The size of the current field where it was read, else 0.
+inline std::uint32_t CZul3Block::ReadSize() const {
+  return m_read.offset == m_field ? m_read.size : 0;
+}
+
+/// Stands on the first of `bytes`, or on no field when there are none.
+inline bool CZul3Block::StandOn(service::Bytes bytes, std::uint32_t fieldIndex) {
+  m_field = bytes.Left() != 0 ? static_cast<std::uint32_t>(bytes.At() - m_pRecord) : 0;
+  m_fieldIndex = static_cast<std::uint16_t>(fieldIndex);
+  return m_field != 0;
+}
+
+inline bool CZul3Block::StandOnFirst(const Header& header) {
+  const bool counted = !m_readOnly || header.fields > 0;
+  m_field = counted && m_recordStart < header.length ? m_recordStart : 0;
+  m_fieldIndex = 0;
+  return m_field != 0;
+}
+
 bool CZul3Block::FirstRecord() {
   m_recordIndex = 0;
   m_recordStart = m_pRecord != nullptr ? kZul3HeaderSize : 0;
   return FirstField();
 }
 
-bool CZul3Block::FirstField() {
-  const bool counted = !m_readOnly || HeaderWord(kZul3FieldCountAt) > 0;
-  const bool any = counted && m_recordStart < Length();
-  m_field = any ? m_recordStart : 0;
-  m_fieldIndex = 0;
-  return m_field != 0;
-}
+bool CZul3Block::FirstField() { return StandOnFirst(ReadHeader()); }
 
 bool CZul3Block::NextField() {
-  if (m_field == 0 || m_fieldIndex + 1 >= HeaderWord(kZul3FieldCountAt)) return false;
-  return StepField();
-}
-
-/// Moves on by a field, also across the end of a record.
-bool CZul3Block::StepField() {
-  const std::uint8_t* const next =
-      service::BigZUL3_next_field(m_pRecord + m_field, m_pRecord + Length());
-  m_field = next != nullptr ? static_cast<std::uint32_t>(next - m_pRecord) : 0;
-  ++m_fieldIndex;
-  return m_field != 0;
+  if (m_field == 0) return false;
+  const auto fields = service::load<std::uint16_t>(m_pRecord + kZul3FieldCountAt);
+  return m_fieldIndex + 1 < fields &&
+         StandOn(service::BigZUL3_next_field(FieldBytes(), ReadSize()), m_fieldIndex + 1U);
 }
 
 /// The record's extent stands nowhere: the next one begins behind the fields that are left.
 bool CZul3Block::NextRecord() {
-  const std::uint16_t fields = HeaderWord(kZul3FieldCountAt);
-  if (m_recordIndex + 1 >= HeaderWord(kZul3RecordCountAt)) {
+  const Header header = ReadHeader();
+  if (m_recordIndex + 1 >= header.records) {
     m_field = 0;
     return false;
   }
-  if (m_field == 0) FirstField();
-  while (m_field != 0 && m_fieldIndex < fields) StepField();
+  if (m_field == 0) StandOnFirst(header);
+  std::uint32_t left = m_fieldIndex < header.fields ? header.fields - m_fieldIndex : 0U;
+  service::Bytes bytes = FieldBytes(header.length);
+  if (left > 0 && ReadSize() != 0) {
+    bytes.Skip(ReadSize());
+    --left;
+  }
   ++m_recordIndex;
+  StandOn(service::skip_fields<service::kZul3Fields>(bytes, left), 0);
   m_recordStart = m_field;
-  m_fieldIndex = 0;
   return m_field != 0;
 }
 
 bool CZul3Block::FindField(FID id) {
-  service::FieldView view;
-  for (bool more = FirstField(); more; more = NextField()) {
-    if (View(view) && view.id == id) return true;
-  }
-  return false;
+  const Header header = ReadHeader();
+  if (!StandOnFirst(header)) return false;
+  const auto end =
+      service::find_field<service::kZul3Fields>(FieldBytes(header.length), id, header.fields);
+  return StandOn(end.bytes, end.skipped) && end.found;
 }
 
 int CZul3Block::GetVectorSize() {
@@ -377,14 +397,12 @@ int CZul3Block::GetVectorSize() {
 }
 
 bool CZul3Block::View(service::FieldView& view) const {
-  const std::uint32_t length = Length();
-  if (m_field == 0 || m_field >= length) return false;
-  return service::view_field(service::kZul3Fields, {m_pRecord + m_field, length - m_field}, view);
+  return service::view_field(service::kZul3Fields, FieldBytes(), view);
 }
 
 bool CZul3Block::GetCurrentField(CDataItem* item) {
-  service::FieldView view;
-  return View(view) && fill_item(view, item, "CZul3Block");
+  m_read = {m_field, read_field<service::kZul3Fields>(FieldBytes(), item, "CZul3Block")};
+  return m_read.size != 0;
 }
 
 FID CZul3Block::GetCurrentFieldId() {

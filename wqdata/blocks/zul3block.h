@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include <wqdata/blocks/datablock.h>
+#include <wqdata/blocks/fielditem.h>
 #include <wqdata/service/fieldlayout.h>
 
 namespace wqd {
@@ -68,9 +69,14 @@ class CZul3Block final : public CDataBlock {
   ~CZul3Block() override;
 
  private:
+  struct Header {
+    std::uint32_t length = 0;
+    std::uint16_t records = 0;
+    std::uint16_t fields = 0;
+  };
+
   bool IsWritable() const;
-  std::uint32_t Length() const;
-  std::uint16_t HeaderWord(std::uint32_t offset) const;
+  Header ReadHeader() const;
   void SetHeaderWord(std::uint32_t offset, std::uint16_t word);
 
   template <int type, typename Stored>
@@ -84,16 +90,21 @@ class CZul3Block final : public CDataBlock {
                  std::uint32_t count);
   bool Refused(CDataItem& item);
 
-  bool StepField();
+  bool StandOnFirst(const Header& header);
+  bool StandOn(service::Bytes bytes, std::uint32_t fieldIndex);
+  std::uint32_t ReadSize() const;
+  service::Bytes FieldBytes() const;
+  service::Bytes FieldBytes(std::uint32_t length) const;
   bool View(service::FieldView& view) const;
 
   std::uint8_t* m_pRecord = nullptr;  // the caller's while m_allocSize is 0, else this block's
   std::uint32_t m_allocSize = 0;
   std::uint16_t m_recordIndex = 0;
   std::uint16_t m_fieldIndex = 0;
-  std::uint16_t m_finishedFields = 0;    // of the record finished last, for one that stays empty
-  std::uint32_t m_recordStart = 0;       // offset of the current record's first field, 0 for none
-  std::uint32_t m_field = 0;             // offset of the current field, 0 for none
+  std::uint16_t m_finishedFields = 0;  // of the record finished last, for one that stays empty
+  std::uint32_t m_recordStart = 0;     // offset of the current record's first field, 0 for none
+  std::uint32_t m_field = 0;           // offset of the current field, 0 for none
+  ReadField m_read;
   std::uint32_t m_present = UINT32_MAX;  // bytes that are known to be there
 };
 

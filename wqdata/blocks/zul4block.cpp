@@ -192,16 +192,12 @@ bool CZul4Block::NextRecord() { return service::ZUL4_next_record(m_handle) == 0;
 
 bool CZul4Block::FirstField() { return service::ZUL4_seek_field(m_handle, 0) == 0; }
 
-bool CZul4Block::NextField() { return service::ZUL4_next_field(m_handle) == 0; }
-
-bool CZul4Block::FindField(FID id) {
-  service::FieldView view;
-  if (!FirstField()) return false;
-  for (; service::ZUL4_current_field(m_handle, view) == 0; NextField()) {
-    if (view.id == id) return true;
-  }
-  return false;
+bool CZul4Block::NextField() {
+  const std::uint32_t size = m_read.offset == m_handle.field ? m_read.size : 0;
+  return service::ZUL4_next_field(m_handle, size) == 0;
 }
+
+bool CZul4Block::FindField(FID id) { return service::ZUL4_find_field(m_handle, id) == 0; }
 
 int CZul4Block::GetVectorSize() {
   std::int32_t largest = 0;
@@ -214,8 +210,9 @@ int CZul4Block::GetVectorSize() {
 }
 
 bool CZul4Block::GetCurrentField(CDataItem* item) {
-  service::FieldView view;
-  return service::ZUL4_current_field(m_handle, view) == 0 && fill_item(view, item, "CZul4Block");
+  const service::Bytes bytes = service::ZUL4_field_bytes(m_handle);
+  m_read = {m_handle.field, read_field<service::kZul4Fields>(bytes, item, "CZul4Block")};
+  return m_read.size != 0;
 }
 
 FID CZul4Block::GetCurrentFieldId() {

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include <wqdata/blocks/datablock.h>
+#include <wqdata/blocks/fielditem.h>
 #include <wqdata/service/recordlib.h>
 
 namespace wqd {
@@ -83,6 +84,7 @@ class CZul4Block final : public CDataBlock {
   bool Refused();
 
   service::ZUL4HANDLE m_handle{};
+  ReadField m_read;
   bool m_wrapped = false;  // around received bytes, whatever the read-only flag says
 };
 

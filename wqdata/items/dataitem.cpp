@@ -94,30 +94,6 @@ bool CDataItem::ResizeStringBuffer(std::uint64_t size) const {
   return true;
 }
 
-void CDataItem::Set(FID id, std::int16_t value) {
-  if (is_missing(value)) return SetError(id, kMissing);
-  m_id = id;
-  m_type = TYPE_INT;
-  m_size = sizeof value;
-  m_value.asShort = value;
-}
-
-void CDataItem::Set(FID id, std::int32_t value) {
-  if (is_missing(value)) return SetError(id, kMissing);
-  m_id = id;
-  m_type = TYPE_LONG;
-  m_size = sizeof value;
-  m_value.asLong = value;
-}
-
-void CDataItem::Set(FID id, double value) {
-  if (is_missing(value)) return SetError(id, kMissing);
-  m_id = id;
-  m_type = TYPE_DOUBLE;
-  m_size = sizeof value;
-  m_value.asDouble = value;
-}
-
 void CDataItem::Set(FID id, const char* text, int length) {
   if (text == nullptr) return SetError(id, kMissing);
   SetText(id, text, length < 0 ? std::strlen(text) : static_cast<std::size_t>(length));
@@ -138,20 +114,9 @@ bool CDataItem::SetText(FID id, const char* text, std::size_t length) {
     ReplaceStringBuffer(larger, static_cast<std::uint32_t>(2 * length));
   }
   m_string[length] = '\0';
-  m_id = id;
-  m_type = TYPE_STRING;
-  m_size = static_cast<int>(length) + 1;
+  SetHeader(id, TYPE_STRING, static_cast<int>(length) + 1);
   return true;
 }
-
-void CDataItem::SetError(FID id, std::int16_t error) {
-  m_id = id;
-  m_type = TYPE_ERROR;
-  m_size = sizeof error;
-  m_value.asShort = error;
-}
-
-void CDataItem::SetId(FID id) { m_id = id; }
 
 void CDataItem::Copy(const CDataItem& other) {
   if (this == &other) return;
@@ -162,9 +127,7 @@ void CDataItem::Copy(const CDataItem& other) {
 }
 
 void CDataItem::TakeHeader(const CDataItem& other) {
-  m_id = other.m_id;
-  m_type = other.m_type;
-  m_size = other.m_size;
+  SetHeader(other.m_id, other.m_type, other.m_size);
 }
 
 /// A block changes hands. A text that fits is copied, so that a large buffer of this item stays in

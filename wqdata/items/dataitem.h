@@ -8,6 +8,7 @@
 #include <wqdata/types.h>
 #include <wqdata/values/date.h>
 #include <wqdata/values/fixptnum.h>
+#include <wqdata/values/missing.h>
 #include <wqdata/values/time.h>
 
 namespace wqd {
@@ -71,19 +72,22 @@ class WQDATA_API CDataItem {
 
   /// Store a number. One that equals its marker (for a double: lies less than 0.01 from it) gives
   /// the error item of `id` with error value 2. A NaN is a value.
-  void Set(FID id, std::int16_t value);
-  void Set(FID id, std::int32_t value);
-  void Set(FID id, double value);
+  void Set(FID id, std::int16_t value) { SetValue(id, TYPE_INT, m_value.asShort, value); }
+  void Set(FID id, std::int32_t value) { SetValue(id, TYPE_LONG, m_value.asLong, value); }
+  void Set(FID id, double value) { SetValue(id, TYPE_DOUBLE, m_value.asDouble, value); }
 
   /// Store a price, with the low 16 bits of its base code; a date, cut to the widths of a ZULDATE;
   /// a time as minutes and seconds. A price less than 0.01 from MISSING_DOUBLE, a date whose month
   /// is 0 and a time whose minutes are MISSING_TIME_MINUTES give the error item of `id` with error
   /// value 2. Nothing else is tested: month 13 is stored.
   void Set(FID id, const CFixPtNum& value);
-  void Set(FID id, const CZulDate& value);
-  void Set(FID id, const ZULDATE& value);
-  void Set(FID id, const CZulTime& value);
-  void Set(FID id, const ZULTIME& value);
+  void Set(FID id, const CZulDate& value) { Set(id, static_cast<ZULDATE>(value)); }
+  void Set(FID id, const ZULDATE& value) { SetValue(id, TYPE_DATE, m_value.asDate, value); }
+  void Set(FID id, const CZulTime& value) { Set(id, static_cast<ZULTIME>(value)); }
+  void Set(FID id, const ZULTIME& value) { SetValue(id, TYPE_TIME, m_value.asTime, value); }
+
+  /// As `Set(id, CFixPtNum(price, baseCode))`, with no price that is made and copied.
+  void SetPrice(FID id, std::int32_t price, int baseCode);
 
   /// Stores a copy of the first `length` bytes of `text`, or with a negative `length` of all
   /// before its first NUL; the copy is NUL-ended. `text` may be this item's own text or lie in it.
@@ -113,7 +117,8 @@ class WQDATA_API CDataItem {
 
   /// The same for a vector of the code `type` whose elements lie at any address, as in a record;
   /// the base code is that of a price vector. True when stored. A `type` that is no vector's
-  /// changes nothing.
+  /// changes nothing. A walk calls it field after field: an old block that the elements fill at
+  /// least to a quarter is used again, where the others always take a new one.
   bool SetVector(FID id, int type, const void* values, std::uint32_t count,
                  std::uint16_t baseCode = 0);
 
@@ -122,10 +127,13 @@ class WQDATA_API CDataItem {
   void Set(void* data, int size);
 
   /// The error item of `id` and `error`, with no test.
-  void SetError(FID id, std::int16_t error);
+  void SetError(FID id, std::int16_t error) {
+    SetHeader(id, TYPE_ERROR, sizeof error);
+    m_value.asShort = error;
+  }
 
   /// Changes the identifier alone.
-  void SetId(FID id);
+  void SetId(FID id) { m_id = id; }
 
   /// Makes this item an independent copy of `other`. A text whose bytes are "N/A" and its NUL
   /// becomes an error item, as in `Set`. Copying an item onto itself changes nothing.
@@ -257,11 +265,26 @@ class WQDATA_API CDataItem {
     CFixPtNum asPrice;
   };
 
+  void SetHeader(FID id, int type, int size) {
+    m_id = id;
+    m_type = type;
+    m_size = size;
+  }
+
+  template <typename Number>
+  void SetValue(FID id, int type, Number& member, Number value) {
+    if (is_missing(value)) return SetError(id, kMissing);
+    SetHeader(id, type, sizeof value);
+    member = value;
+  }
+
   void Initialize();
   bool OwnsStringBuffer() const;
   void ReplaceStringBuffer(char* buffer, std::uint32_t capacity) const;
   bool ResizeStringBuffer(std::uint64_t size) const;
-  bool StoreBlock(int type, const void* values, std::uint32_t count);
+  bool StoreVector(FID id, int type, const void* values, std::uint32_t count,
+                   std::uint16_t baseCode, bool reuse);
+  bool StoreBlock(int type, const void* values, std::uint32_t count, bool reuse);
   void ReplaceBlock(void* block, std::uint64_t capacity);
   bool HoldsBlock() const;
   void CopyBlock(const CDataItem& other);

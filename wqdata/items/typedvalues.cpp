@@ -45,30 +45,15 @@ CDataItem::CDataItem(FID id, const ZULTIME& value) {
 void CDataItem::Set(FID id, const CFixPtNum& value) {
   if (value.IsMissing()) return SetError(id, kMissing);
   const bool fits = static_cast<std::int16_t>(value.GetBaseCode()) == value.GetBaseCode();
-  m_id = id;
-  m_type = TYPE_LPACK;
-  m_size = sizeof(FPN);
+  SetHeader(id, TYPE_LPACK, sizeof(FPN));
   m_value.asPrice = fits ? value : CFixPtNum(static_cast<FPN>(value));
 }
 
-void CDataItem::Set(FID id, const CZulDate& value) { Set(id, static_cast<ZULDATE>(value)); }
-
-void CDataItem::Set(FID id, const ZULDATE& value) {
-  if (is_missing(value)) return SetError(id, kMissing);
-  m_id = id;
-  m_type = TYPE_DATE;
-  m_size = sizeof value;
-  m_value.asDate = value;
-}
-
-void CDataItem::Set(FID id, const CZulTime& value) { Set(id, static_cast<ZULTIME>(value)); }
-
-void CDataItem::Set(FID id, const ZULTIME& value) {
-  if (is_missing(value)) return SetError(id, kMissing);
-  m_id = id;
-  m_type = TYPE_TIME;
-  m_size = sizeof value;
-  m_value.asTime = value;
+void CDataItem::SetPrice(FID id, std::int32_t price, int baseCode) {
+  if (static_cast<std::int16_t>(baseCode) != baseCode) return Set(id, CFixPtNum(price, baseCode));
+  SetHeader(id, TYPE_LPACK, sizeof(FPN));
+  m_value.asPrice.Set(price, baseCode);
+  if (m_value.asPrice.IsMissing()) SetError(id, kMissing);
 }
 
 std::int16_t CDataItem::GetBaseCode() const {

@@ -13,6 +13,9 @@ namespace {
 
 constexpr std::uint32_t kMostElements = std::numeric_limits<int>::max();
 
+/// A block that is used again is at most so many times as large as what it holds.
+constexpr std::uint64_t kMostWaste = 4;
+
 /// The bytes of an element of a vector or blob, 0 for any other type.
 std::uint64_t element_width(int type) {
   switch (type) {
@@ -32,16 +35,19 @@ std::uint64_t element_width(int type) {
 
 CDataItem::CDataItem(void* data, int size) : CDataItem() { Set(data, size); }
 
-/// Replaces the block by a copy of `count` elements. The old block goes last, since `values` may
-/// lie in it.
-bool CDataItem::StoreBlock(int type, const void* values, std::uint32_t count) {
+/// Makes a copy of `count` elements the block: in the old one, where a caller lets it `reuse` that
+/// and it fits well, or in a new one. The old block goes last, since `values` may lie in it.
+bool CDataItem::StoreBlock(int type, const void* values, std::uint32_t count, bool reuse) {
   const std::uint64_t bytes = element_width(type) * count;
   if (count > kMostElements || (values == nullptr && count > 0)) return false;
   if (bytes > std::numeric_limits<std::size_t>::max()) return false;
-  char* const block = new (std::nothrow) char[static_cast<std::size_t>(bytes)];
+  const bool fits =
+      m_vector != nullptr && bytes <= m_vectorCapacity && bytes >= m_vectorCapacity / kMostWaste;
+  void* block = m_vector;
+  if (!reuse || !fits) block = new (std::nothrow) char[static_cast<std::size_t>(bytes)];
   if (block == nullptr) return false;
-  if (bytes > 0) std::memcpy(block, values, static_cast<std::size_t>(bytes));
-  ReplaceBlock(block, bytes);
+  if (bytes > 0) std::memmove(block, values, static_cast<std::size_t>(bytes));
+  if (block != m_vector) ReplaceBlock(block, bytes);
   m_type = type;
   m_size = static_cast<int>(count);
   return true;
@@ -54,51 +60,57 @@ void CDataItem::ReplaceBlock(void* block, std::uint64_t capacity) {
 }
 
 void CDataItem::SetVector(FID id, const double* values, std::uint32_t count) {
-  SetVector(id, TYPE_VECTOR_DOUBLE, values, count);
+  StoreVector(id, TYPE_VECTOR_DOUBLE, values, count, 0, false);
 }
 
 void CDataItem::SetVector(FID id, const std::int32_t* values, std::uint32_t count) {
-  SetVector(id, TYPE_VECTOR_LONG, values, count);
+  StoreVector(id, TYPE_VECTOR_LONG, values, count, 0, false);
 }
 
 void CDataItem::SetVector(FID id, const std::int16_t* values, std::uint32_t count) {
-  SetVector(id, TYPE_VECTOR_INT, values, count);
+  StoreVector(id, TYPE_VECTOR_INT, values, count, 0, false);
 }
 
 void CDataItem::SetVector(FID id, const std::int32_t* values, std::uint16_t baseCode,
                           std::uint32_t count) {
-  SetVector(id, TYPE_VECTOR_LPACK, values, count, baseCode);
+  StoreVector(id, TYPE_VECTOR_LPACK, values, count, baseCode, false);
 }
 
 void CDataItem::SetVector(FID id, const ZULDATE* values, std::uint32_t count) {
-  SetVector(id, TYPE_VECTOR_DATE, values, count);
+  StoreVector(id, TYPE_VECTOR_DATE, values, count, 0, false);
 }
 
 void CDataItem::SetVector(FID id, const ZULTIME* values, std::uint32_t count) {
-  SetVector(id, TYPE_VECTOR_TIME, values, count);
+  StoreVector(id, TYPE_VECTOR_TIME, values, count, 0, false);
 }
 
 void CDataItem::SetVector(FID id, const char* values, std::uint32_t size) {
-  SetVector(id, TYPE_VECTOR_STRING, values, size);
+  StoreVector(id, TYPE_VECTOR_STRING, values, size, 0, false);
 }
 
 bool CDataItem::SetVector(FID id, int type, const void* values, std::uint32_t count,
                           std::uint16_t baseCode) {
   const bool vector = element_width(type) != 0 && type != TYPE_EMPTY;
-  if (!vector || !StoreBlock(type, values, count)) return false;
+  return vector && StoreVector(id, type, values, count, baseCode, true);
+}
+
+bool CDataItem::StoreVector(FID id, int type, const void* values, std::uint32_t count,
+                            std::uint16_t baseCode, bool reuse) {
+  if (!StoreBlock(type, values, count, reuse)) return false;
   m_id = id;
   if (type == TYPE_VECTOR_LPACK) m_value.asPrice.Set(0.0, static_cast<std::int16_t>(baseCode));
   return true;
 }
 
 void CDataItem::Set(void* data, int size) {
-  if (size > 0) StoreBlock(TYPE_EMPTY, data, static_cast<std::uint32_t>(size));
+  if (size > 0) StoreBlock(TYPE_EMPTY, data, static_cast<std::uint32_t>(size), false);
 }
 
 bool CDataItem::HoldsBlock() const { return element_width(m_type) != 0; }
 
 void CDataItem::CopyBlock(const CDataItem& other) {
-  if (!StoreBlock(other.m_type, other.m_vector, static_cast<std::uint32_t>(other.m_size))) return;
+  const auto count = static_cast<std::uint32_t>(other.m_size);
+  if (!StoreBlock(other.m_type, other.m_vector, count, false)) return;
   m_id = other.m_id;
   if (m_type == TYPE_VECTOR_LPACK) m_value = other.m_value;
 }

@@ -85,13 +85,6 @@ int BigZUL3_add_string_vector(std::uint8_t*& record, FID id, std::uint32_t count
   return add_vector(record, {TYPE_VECTOR_STRING, id, bytes, size, 0, count}, allocated);
 }
 
-const std::uint8_t* BigZUL3_next_field(const std::uint8_t* field, const std::uint8_t* end) {
-  FieldView view;
-  const auto left = static_cast<std::size_t>(end - field);
-  if (!view_field(kZul3Fields, {field, left}, view) || view.size == 0) return nullptr;
-  return view.size < left ? field + view.size : nullptr;
-}
-
 void BigZUL3_free(std::uint8_t* record) { release(record); }
 
 }  // namespace wqd::service

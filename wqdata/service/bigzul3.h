@@ -68,9 +68,13 @@ int BigZUL3_add_vector(std::uint8_t*& record, int type, FID id, std::uint32_t co
 int BigZUL3_add_string_vector(std::uint8_t*& record, FID id, std::uint32_t count,
                               std::uint32_t size, const char* bytes, std::uint32_t& allocated);
 
-/// The field behind `field`, also across a record's end; null when `field` is the last, its type is
-/// unknown, or what it declares passes `end`, the end of the record's bytes.
-const std::uint8_t* BigZUL3_next_field(const std::uint8_t* field, const std::uint8_t* end);
+/// The bytes from the next field on, where `bytes` are those from a field on, also across a
+/// record's end. None when there is no other field, and behind one that does not fit or has an
+/// unknown type. A caller that knows the size of the field says it, with 0 for one that does not.
+inline Bytes BigZUL3_next_field(Bytes bytes, std::uint64_t size) {
+  if (size == 0) size = field_size<kZul3Fields>(bytes);
+  return size != 0 && bytes.Skip(size) ? bytes : Bytes{nullptr, 0};
+}
 
 /// Releases what the adds made.
 void BigZUL3_free(std::uint8_t* record);

@@ -23,7 +23,7 @@ void store_word(const FieldFormat& format, std::uint8_t* at, std::uint32_t word)
   }
 }
 
-std::uint32_t load_count(const FieldFormat& format, const std::uint8_t* at) {
+std::uint32_t load_word(const FieldFormat& format, const std::uint8_t* at) {
   return format.wideCounts ? load<std::uint32_t>(at) : load<std::uint16_t>(at);
 }
 
@@ -31,20 +31,6 @@ bool are_whole_strings(const void* elements, std::uint32_t size, std::uint32_t s
   if (elements == nullptr || size == 0) return size == 0 && strings == 0;
   const bool ended = static_cast<const char*>(elements)[size - 1] == '\0';
   return ended && count_strings(elements, size) == strings;
-}
-
-/// The number of elements of the field at `at`, whose words are all there.
-bool count_elements(const FieldFormat& format, const FieldLayout& layout, Bytes bytes,
-                    std::uint32_t& count) {
-  count = 1;
-  if (layout.countAt != 0) count = load_count(format, bytes.At() + layout.countAt);
-  if (layout.type != TYPE_STRING || format.countsTextBytes) return true;
-  const void* const end =
-      std::memchr(bytes.At() + layout.elementsAt, 0, bytes.Left() - layout.elementsAt);
-  if (end == nullptr) return false;
-  const auto length = static_cast<const std::uint8_t*>(end) - bytes.At() - layout.elementsAt;
-  count = static_cast<std::uint32_t>(length);
-  return true;
 }
 
 }  // namespace
@@ -69,19 +55,32 @@ void write_vector_field(const FieldFormat& format, const VectorValue& value, std
   move_elements_of(value.type, at + layout.elementsAt, value.elements, value.count);
 }
 
-bool view_counted_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
+bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
+  if (bytes.Left() < kFieldHead) return false;
   const std::uint8_t* const at = bytes.At();
+  view = {};
+  view.type = load<std::uint16_t>(at);
+  view.id = load<FID>(at + sizeof(std::uint16_t));
+  view.layout = find_layout(format, view.type);
+  if (view.layout == nullptr) return true;
   const FieldLayout& layout = *view.layout;
   if (bytes.Left() < layout.elementsAt) return false;
   view.elements = at + layout.elementsAt;
-  if (!count_elements(format, layout, bytes, view.count)) return false;
-  const std::uint64_t size = size_of(layout, view.count);
-  if (size > bytes.Left()) return false;
+  view.count = 1;
+  if (view.type == TYPE_STRING) {
+    if (!measure_text(format, bytes, view.count)) return false;
+  } else if (layout.countAt != 0) {
+    view.count = load_word(format, at + layout.countAt);
+  }
   view.baseCode = layout.baseCodeAt != 0 ? load<std::uint16_t>(at + layout.baseCodeAt) : 0;
-  view.strings = layout.stringsAt != 0 ? load_count(format, at + layout.stringsAt) : 0;
-  if (layout.type == TYPE_STRING && view.elements[view.count] != 0) return false;
-  view.size = size;
-  return true;
+  view.strings = layout.stringsAt != 0 ? load_word(format, at + layout.stringsAt) : 0;
+  view.size = size_of(layout, view.count);
+  return view.size <= bytes.Left();
+}
+
+std::uint64_t viewed_field_size(const FieldFormat& format, Bytes bytes) {
+  FieldView view;
+  return view_field(format, bytes, view) ? view.size : 0;
 }
 
 bool holds_whole_strings(const FieldView& view) {

@@ -17,12 +17,12 @@ namespace wqd::service {
 inline constexpr std::uint8_t kFieldHead = 4;  // type word, field identifier
 
 /// A field of one type. Offsets count from the start of the field; 0 stands for a word that the
-/// type does not have.
-struct FieldLayout {
+/// type does not have. Eight bytes, which make an index a shift.
+struct alignas(8) FieldLayout {
   std::uint8_t type;  ///< 0 for none
   std::uint8_t elementsAt;
   std::uint8_t width;       ///< of an element; a text and the strings of a vector count bytes
-  std::uint8_t countAt;     ///< the number of elements; without it there is one
+  std::uint8_t countAt;     ///< the number of elements; without it there is one, or a text's NUL
   std::uint8_t baseCodeAt;  ///< a word of 16 bits
   std::uint8_t stringsAt;   ///< the number of strings of a string vector
   std::uint8_t fixedSize;   ///< bytes of the field, 0 where a count or a text says how many
@@ -33,8 +33,7 @@ struct FieldFormat {
   static constexpr std::size_t kTypes = 128;
 
   std::array<FieldLayout, kTypes> layouts;
-  bool wideCounts;       ///< counts of 32 bits, not of 16
-  bool countsTextBytes;  ///< a text has its length in front, and not its NUL alone behind it
+  bool wideCounts;  ///< counts of 32 bits, not of 16
 };
 
 /// A row of a format's table.
@@ -76,8 +75,8 @@ constexpr std::array<FieldLayout, FieldFormat::kTypes> by_type(const FieldRow (&
   return layouts;
 }
 
-inline constexpr FieldFormat kZul3Fields = {by_type(kZul3Rows), false, false};
-inline constexpr FieldFormat kZul4Fields = {by_type(kZul4Rows), true, true};
+inline constexpr FieldFormat kZul3Fields = {by_type(kZul3Rows), false};
+inline constexpr FieldFormat kZul4Fields = {by_type(kZul4Rows), true};
 
 /// The layout of a type, null for a type word that no field has.
 inline const FieldLayout* find_layout(const FieldFormat& format, int type) {
@@ -162,28 +161,105 @@ struct FieldView {
   std::uint64_t size = 0;  ///< bytes of the field, all of which are there
 };
 
-/// The rest of `view_field`, for fields that say how large they are.
-bool view_counted_field(const FieldFormat& format, Bytes bytes, FieldView& view);
+/// Finds the first NUL of `bytes`, and how many stand before it. Most texts end within the first
+/// eight, which are looked at as one word: of a byte of 0 alone the high bit is set in `ends`.
+inline bool find_nul(Bytes bytes, std::uint32_t& length) {
+  if (bytes.Left() >= sizeof(std::uint64_t)) {
+    const auto word = load<std::uint64_t>(bytes.At());
+    const std::uint64_t ends = (word - 0x0101010101010101) & ~word & 0x8080808080808080;
+    length = static_cast<std::uint32_t>(std::countr_zero(ends)) / 8;
+    if (ends != 0) return true;
+  }
+  const void* const end = std::memchr(bytes.At(), 0, bytes.Left());
+  if (end == nullptr) return false;
+  length = static_cast<std::uint32_t>(static_cast<const std::uint8_t*>(end) - bytes.At());
+  return true;
+}
+
+/// Finds the length of the text field at the front of `bytes`. False when the text and its NUL are
+/// not all there.
+inline bool measure_text(const FieldFormat& format, Bytes bytes, std::uint32_t& length) {
+  const FieldLayout& layout = format.layouts[TYPE_STRING];
+  const std::uint8_t* const field = bytes.At();
+  if (!bytes.Skip(layout.elementsAt)) return false;
+  if (layout.countAt != 0) {
+    length = load<std::uint32_t>(field + layout.countAt);
+    return length < bytes.Left() && bytes.At()[length] == 0;
+  }
+  return find_nul(bytes, length);
+}
+
+/// The size that `view_field` finds; 0 where that is false.
+std::uint64_t viewed_field_size(const FieldFormat& format, Bytes bytes);
 
 /// Looks at the field at the front of `bytes`. False when its head, or what its type and counts
 /// call for, is not all there; a text must have its NUL.
-inline bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {
-  if (bytes.Left() < kFieldHead) return false;
-  const std::uint8_t* const at = bytes.At();
-  view.type = load<std::uint16_t>(at);
-  view.id = load<FID>(at + sizeof(std::uint16_t));
-  view.layout = find_layout(format, view.type);
-  view.size = 0;
-  if (view.layout == nullptr) return true;
-  const FieldLayout& layout = *view.layout;
-  if (layout.fixedSize == 0) return view_counted_field(format, bytes, view);
-  if (bytes.Left() < layout.fixedSize) return false;
-  view.elements = at + layout.elementsAt;
-  view.count = 1;
-  view.strings = 0;
-  view.baseCode = layout.baseCodeAt != 0 ? load<std::uint16_t>(at + layout.baseCodeAt) : 0;
-  view.size = layout.fixedSize;
-  return true;
+bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view);
+
+/// A bit for each of the type codes below 64 whose fields all take `size` bytes.
+template <const FieldFormat& format, std::size_t size>
+inline constexpr std::uint64_t kTypesOfSize = [] {
+  std::uint64_t types = 0;
+  for (std::size_t type = 0; type < 64; ++type) {
+    if (format.layouts[type].fixedSize == size) types |= std::uint64_t{1} << type;
+  }
+  return types;
+}();
+
+/// The size that `view_field` finds, for a walk that only steps over fields. 0 where that is false,
+/// and for an unknown type. Where any field of a fixed size fits there is nothing to check but the
+/// type; and that by a branch for each size and not in a table, so that the place of the next field
+/// follows from predicted branches, and does not wait for the type word to be read.
+template <const FieldFormat& format>
+[[gnu::always_inline]] inline std::uint64_t field_size(Bytes bytes) {
+  constexpr std::size_t kLargestFixed = 12;
+  if (bytes.Left() < kLargestFixed) return viewed_field_size(format, bytes);
+  const auto type = load<std::uint16_t>(bytes.At());
+  const std::uint64_t bit = type < 64 ? std::uint64_t{1} << type : 0;
+  if ((bit & kTypesOfSize<format, 8>) != 0) return 8;
+  if ((bit & kTypesOfSize<format, 12>) != 0) return 12;
+  if ((bit & kTypesOfSize<format, 10>) != 0) return 10;
+  if ((bit & kTypesOfSize<format, 6>) != 0) return 6;
+  if (type == TYPE_ERROR) return kFixedSize<format, TYPE_ERROR>;
+  if (type != TYPE_STRING) return viewed_field_size(format, bytes);
+  std::uint32_t length = 0;
+  return measure_text(format, bytes, length) ? text_field_size<format>(length) : 0;
+}
+
+/// The bytes behind `count` fields at the front of `bytes`, none when one can't be stepped over.
+template <const FieldFormat& format>
+[[gnu::always_inline]] inline Bytes skip_fields(Bytes bytes, std::uint32_t count) {
+  for (; count > 0; --count) {
+    const std::uint64_t size = field_size<format>(bytes);
+    if (size == 0) return {nullptr, 0};
+    bytes.Skip(size);
+  }
+  return bytes;
+}
+
+/// Where a search ended: with the field that was found, else on the last field there is, or with
+/// none when the bytes ended or could not be stepped over before.
+struct FoundField {
+  Bytes bytes;            ///< from the field on
+  std::uint32_t skipped;  ///< fields before it
+  bool found;
+};
+
+/// Searches the fields at the front of `bytes`, of which there are `most`, for the first with the
+/// identifier `id`.
+template <const FieldFormat& format>
+[[gnu::always_inline]] inline FoundField find_field(Bytes bytes, FID id, std::uint32_t most) {
+  for (std::uint32_t skipped = 0; bytes.Left() >= kFieldHead; ++skipped) {
+    const bool matches = load<FID>(bytes.At() + sizeof(std::uint16_t)) == id;
+    const std::uint64_t size = field_size<format>(bytes);
+    if (matches && (size != 0 || find_layout(format, load<std::uint16_t>(bytes.At())) == nullptr)) {
+      return {bytes, skipped, true};
+    }
+    if (skipped + 1 >= most) return {bytes, skipped, false};
+    if (size == 0) break;
+    bytes.Skip(size);
+  }
+  return {{nullptr, 0}, 0, false};
 }
 
 /// False for a string vector whose bytes are not just as many NUL-ended strings as it says.

@@ -26,13 +26,6 @@ Bytes current_record(const ZUL4HANDLE& handle) {
   return {at, load<std::uint32_t>(at + kZul4RecordLengthAt)};
 }
 
-/// The bytes from the current field to the end of its record.
-Bytes field_bytes(const ZUL4HANDLE& handle) {
-  if (handle.field == 0) return {nullptr, 0};
-  Bytes bytes = current_record(handle);
-  return bytes.Skip(handle.field - handle.current) ? bytes : Bytes{nullptr, 0};
-}
-
 void stand_on_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) {
   handle.index = static_cast<std::uint16_t>(index);
   handle.current = offset;
@@ -232,7 +225,7 @@ std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle) {
 
 int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index) {
   handle.field = handle.current == 0 ? 0 : handle.current + kZul4RecordHead;
-  if (field_bytes(handle).Left() == 0) {
+  if (ZUL4_field_bytes(handle).Left() == 0) {
     handle.field = 0;
     return kFailed;
   }
@@ -242,17 +235,15 @@ int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index) {
   return kDone;
 }
 
-int ZUL4_next_field(ZUL4HANDLE& handle) {
-  const Bytes bytes = field_bytes(handle);
-  FieldView view;
-  const bool known = view_field(kZul4Fields, bytes, view) && view.size > 0;
-  handle.field =
-      known && view.size < bytes.Left() ? handle.field + static_cast<std::uint32_t>(view.size) : 0;
-  return handle.field != 0 ? kDone : kFailed;
+int ZUL4_find_field(ZUL4HANDLE& handle, FID id) {
+  if (ZUL4_seek_field(handle, 0) != kDone) return kFailed;
+  const FoundField end = find_field<kZul4Fields>(ZUL4_field_bytes(handle), id, UINT32_MAX);
+  handle.field = end.found ? static_cast<std::uint32_t>(end.bytes.At() - handle.record) : 0;
+  return end.found ? kDone : kFailed;
 }
 
 int ZUL4_current_field(const ZUL4HANDLE& handle, FieldView& view) {
-  return view_field(kZul4Fields, field_bytes(handle), view) ? kDone : kFailed;
+  return view_field(kZul4Fields, ZUL4_field_bytes(handle), view) ? kDone : kFailed;
 }
 
 int ZUL4_add_short(ZUL4HANDLE& handle, FID id, std::int16_t value) {

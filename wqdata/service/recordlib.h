@@ -78,12 +78,31 @@ Bytes ZUL4_record(Bytes bytes);
 std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle);
 std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle);
 
-/// Make a field of the current record the current one. Behind a failing step there is none.
-int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index);
-int ZUL4_next_field(ZUL4HANDLE& handle);
-
 /// Looks at the current field. Nonzero when there is none, or it does not fit its record.
 int ZUL4_current_field(const ZUL4HANDLE& handle, FieldView& view);
+
+/// The bytes from the current field to the end of its record, none when there is none. The record
+/// was whole when it was entered, and it does not shrink.
+inline Bytes ZUL4_field_bytes(const ZUL4HANDLE& handle) {
+  if (handle.field == 0) return {nullptr, 0};
+  const std::uint32_t before = handle.field - handle.current;
+  const auto size = load<std::uint32_t>(handle.record + handle.current + kZul4RecordLengthAt);
+  return {handle.record + handle.field, size > before ? size - before : 0};
+}
+
+/// Make a field of the current record the current one. Behind a failing step there is none. A
+/// caller that knows the size of the current field says it, with 0 for one that does not.
+int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index);
+inline int ZUL4_next_field(ZUL4HANDLE& handle, std::uint32_t size = 0) {
+  const Bytes bytes = ZUL4_field_bytes(handle);
+  if (size == 0) size = static_cast<std::uint32_t>(field_size<kZul4Fields>(bytes));
+  const bool more = size != 0 && size < bytes.Left();
+  handle.field = more ? handle.field + size : 0;
+  return more ? 0 : 1;
+}
+
+/// Makes the first field with the identifier `id` of the current record the current one.
+int ZUL4_find_field(ZUL4HANDLE& handle, FID id);
 
 /// Append a field to the last record, which becomes the current one. Refused without an open
 /// record, for null elements, a field count beyond 16 bits, a record near 2 GiB, and without room.

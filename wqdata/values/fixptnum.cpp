@@ -40,8 +40,7 @@ CFixPtNum::CFixPtNum(const char* text) {
 
 void CFixPtNum::Set(double value, int baseCode) {
   m_value = value;
-  m_price = MISSING_LONG;
-  m_baseCode = baseCode;
+  m_scaled = Scaled(baseCode, MISSING_LONG);
 }
 
 /// The long stays where it says it all: not for the floating code, which has several for a number,
@@ -49,8 +48,7 @@ void CFixPtNum::Set(double value, int baseCode) {
 void CFixPtNum::Set(std::int32_t price, int baseCode) {
   constexpr std::int32_t kLowest = static_cast<std::int32_t>(MISSING_DOUBLE) + 1;
   if (price > kLowest && service::is_scaled(baseCode)) {
-    m_price = price;
-    m_baseCode = baseCode;
+    m_scaled = Scaled(baseCode, price);
   } else {
     Set(price == MISSING_LONG ? MISSING_DOUBLE : value_of(price, baseCode), baseCode);
   }
@@ -62,41 +60,41 @@ bool CFixPtNum::ChangeBase(int baseCode) {
 }
 
 bool CFixPtNum::ConvertNumericBaseCode() {
-  const int numeric = service::numeric_base_code(static_cast<std::uint16_t>(m_baseCode));
-  if (numeric == m_baseCode) return false;
+  const int numeric = service::numeric_base_code(static_cast<std::uint16_t>(GetBaseCode()));
+  if (numeric == GetBaseCode()) return false;
   return ChangeBase(numeric);
 }
 
 bool CFixPtNum::HoldsMissing() const { return is_missing(m_value); }
 
-double CFixPtNum::ValueOfLong() const { return value_of(m_price, m_baseCode); }
+double CFixPtNum::ValueOfLong() const { return value_of(Long(), GetBaseCode()); }
 
 std::int32_t CFixPtNum::NearestLong() const {
   std::int32_t price = MISSING_LONG;
-  if (!HoldsMissing()) service::price_from_double(m_value, m_baseCode, price);
+  if (!HoldsMissing()) service::price_from_double(m_value, GetBaseCode(), price);
   return price;
 }
 
-CFixPtNum::operator FPN() const { return {Value(), static_cast<std::int16_t>(m_baseCode)}; }
+CFixPtNum::operator FPN() const { return {Value(), static_cast<std::int16_t>(GetBaseCode())}; }
 
 CFixPtNum::operator LPACK() const {
-  return {static_cast<std::uint16_t>(m_baseCode), static_cast<std::int32_t>(*this)};
+  return {static_cast<std::uint16_t>(GetBaseCode()), static_cast<std::int32_t>(*this)};
 }
 
-CFixPtNum CFixPtNum::operator+(double number) const { return {Value() + number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator+(double number) const { return {Value() + number, GetBaseCode()}; }
 
-CFixPtNum CFixPtNum::operator-(double number) const { return {Value() - number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator-(double number) const { return {Value() - number, GetBaseCode()}; }
 
-CFixPtNum CFixPtNum::operator*(double number) const { return {Value() * number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator*(double number) const { return {Value() * number, GetBaseCode()}; }
 
-CFixPtNum CFixPtNum::operator/(double number) const { return {Value() / number, m_baseCode}; }
+CFixPtNum CFixPtNum::operator/(double number) const { return {Value() / number, GetBaseCode()}; }
 
 CFixPtNum CFixPtNum::operator+(CFixPtNum other) const {
-  return {Value() + other.Value(), higher_rank(m_baseCode, other.m_baseCode)};
+  return {Value() + other.Value(), higher_rank(GetBaseCode(), other.GetBaseCode())};
 }
 
 CFixPtNum CFixPtNum::operator-(CFixPtNum other) const {
-  return {Value() - other.Value(), higher_rank(m_baseCode, other.m_baseCode)};
+  return {Value() - other.Value(), higher_rank(GetBaseCode(), other.GetBaseCode())};
 }
 
 bool CFixPtNum::operator==(double other) const { return std::abs(Value() - other) < kTolerance; }
@@ -124,7 +122,7 @@ bool CFixPtNum::operator>(CFixPtNum other) const { return *this > other.Value();
 bool CFixPtNum::operator>=(CFixPtNum other) const { return *this >= other.Value(); }
 
 int CFixPtNum::Print(char* buffer, int) const {
-  service::price_to_string(m_baseCode, *this, buffer);
+  service::price_to_string(GetBaseCode(), *this, buffer);
   return static_cast<int>(std::strlen(buffer));
 }
 

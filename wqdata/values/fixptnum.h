@@ -69,7 +69,7 @@ class WQDATA_API CFixPtNum {
   bool ConvertNumericBaseCode();
 
   /// The base code, as it was given: any number.
-  int GetBaseCode() const { return m_baseCode; }
+  int GetBaseCode() const { return static_cast<std::int32_t>(m_scaled); }
 
   /// True for a value less than 0.01 away from MISSING_DOUBLE.
   bool IsMissing() const { return !IsLong() && HoldsMissing(); }
@@ -80,7 +80,7 @@ class WQDATA_API CFixPtNum {
   /// The long price nearest to the value in the scale of the base code, halves away from zero.
   /// MISSING_LONG for the missing price, a NaN or infinity, a value that 32 bits can't hold in this
   /// scale, and an unknown code.
-  operator std::int32_t() const { return IsLong() ? m_price : NearestLong(); }
+  operator std::int32_t() const { return IsLong() ? Long() : NearestLong(); }
 
   /// The records, with the low 16 bits of the base code.
   operator FPN() const;
@@ -122,15 +122,21 @@ class WQDATA_API CFixPtNum {
  private:
   /// A price that came as a long stays one, since most leave as they came: records and texts hold
   /// longs. The number is worked out when it is asked for.
-  bool IsLong() const { return m_price != MISSING_LONG; }
+  bool IsLong() const { return Long() != MISSING_LONG; }
+  std::int32_t Long() const { return static_cast<std::int32_t>(m_scaled >> 32); }
   double Value() const { return IsLong() ? ValueOfLong() : m_value; }
   bool HoldsMissing() const;
   double ValueOfLong() const;
   std::int32_t NearestLong() const;
 
-  double m_value = 0.0;  // of no meaning beside a long price
-  std::int32_t m_baseCode = 0;
-  std::int32_t m_price = MISSING_LONG;  // where it came as one in a scaled code
+  /// Base code and long price in one word: of two, a copy of the whole would wait for the stores.
+  static constexpr std::uint64_t Scaled(std::int32_t baseCode, std::int32_t price) {
+    return std::uint64_t{static_cast<std::uint32_t>(price)} << 32 |
+           static_cast<std::uint32_t>(baseCode);
+  }
+
+  double m_value = 0.0;                              // of no meaning beside a long price
+  std::uint64_t m_scaled = Scaled(0, MISSING_LONG);  // with a long that came in a scaled code
 };
 
 }  // namespace wqd

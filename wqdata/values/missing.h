@@ -3,8 +3,8 @@
 #define WQDATA_VALUES_MISSING_H_
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include <wqdata/types.h>
 
@@ -24,10 +24,12 @@ inline bool is_missing(double value) { return std::abs(MISSING_DOUBLE - value) <
 
 /// Stops at the first byte that differs, so that a shorter text is not read past its NUL.
 inline bool is_missing(const char* text) {
-  return text == nullptr || std::strncmp(text, kMissingText, sizeof kMissingText) == 0;
+  if (text == nullptr) return true;
+  for (std::size_t i = 0; i < sizeof kMissingText; ++i) {
+    if (text[i] != kMissingText[i]) return false;
+  }
+  return true;
 }
-
-inline bool is_missing(const FPN& price) { return is_missing(price.value); }
 
 inline bool is_missing(const ZULDATE& date) { return date.month == 0; }
 
