@@ -6,7 +6,9 @@
 
 #include <bson/bson.h>
 
+#include <cstring>
 #include <msgpack.hpp>
+#include <vector>
 
 #include "data.h"
 
@@ -48,7 +50,30 @@ inline void pack_vectors(msgpack::sbuffer& buffer) {
   }
 }
 
+/// What a walk does with the bytes of a vector, which stand at any address: a program that computes
+/// with the elements copies them into an array of its own, one that passes them on leaves them.
+enum class Vectors { kCopied, kInPlace };
+
+/// Adds up the ends of a vector.
+template <Vectors vectors, typename Element>
+std::uint64_t digest_of_ends(const void* bytes, std::size_t size) {
+  Element first, last;
+  if constexpr (vectors == Vectors::kCopied) {
+    static std::vector<Element> array;  // used again from field to field
+    array.resize(size / sizeof(Element));
+    std::memcpy(array.data(), bytes, size);
+    benchmark::DoNotOptimize(array.data());
+    first = array.front();
+    last = array.back();
+  } else {
+    std::memcpy(&first, bytes, sizeof first);
+    std::memcpy(&last, static_cast<const char*>(bytes) + size - sizeof last, sizeof last);
+  }
+  return digest(first) + digest(last);
+}
+
 /// Adds up what it visits.
+template <Vectors vectors>
 struct MsgpackSum : msgpack::null_visitor {
   std::uint64_t sum = 0;
   std::uint64_t key = 0;
@@ -79,24 +104,16 @@ struct MsgpackSum : msgpack::null_visitor {
     sum += digest(text, size);
     return true;
   }
-  bool visit_ext(const char* bytes, std::uint32_t size) {
-    if (key == kNumber) return Ends<std::int32_t>(bytes + 1, size - 1);
-    return Ends<double>(bytes + 1, size - 1);
-  }
-
- private:
-  template <typename Element>
-  bool Ends(const char* bytes, std::uint32_t size) {
-    Element first, last;
-    std::memcpy(&first, bytes, sizeof first);
-    std::memcpy(&last, bytes + size - sizeof last, sizeof last);
-    sum += digest(first) + digest(last);
+  bool visit_ext(const char* bytes, std::uint32_t size) {  // a type byte stands in front
+    sum += key == kNumber ? digest_of_ends<vectors, std::int32_t>(bytes + 1, size - 1)
+                          : digest_of_ends<vectors, double>(bytes + 1, size - 1);
     return true;
   }
 };
 
-inline std::uint64_t walk(const msgpack::sbuffer& buffer) {
-  MsgpackSum visitor;
+template <Vectors vectors = Vectors::kCopied>
+std::uint64_t walk(const msgpack::sbuffer& buffer) {
+  MsgpackSum<vectors> visitor;
   std::size_t offset = 0;
   while (offset < buffer.size()) msgpack::parse(buffer.data(), buffer.size(), offset, visitor);
   return visitor.sum;
@@ -172,7 +189,8 @@ void each_document(const Bson& bson, Use use) {
   }
 }
 
-inline std::uint64_t digest(const bson_iter_t& field) {
+template <Vectors vectors>
+std::uint64_t digest(const bson_iter_t& field) {
   switch (bson_iter_type(&field)) {
     case BSON_TYPE_INT32: return digest(bson_iter_int32(&field));
     case BSON_TYPE_DOUBLE: return digest(bson_iter_double(&field));
@@ -185,24 +203,20 @@ inline std::uint64_t digest(const bson_iter_t& field) {
       std::uint32_t size = 0;
       const std::uint8_t* bytes = nullptr;
       bson_iter_binary(&field, nullptr, &size, &bytes);
-      const auto ends = [&]<typename Element>(Element first) {
-        Element last;
-        std::memcpy(&first, bytes, sizeof first);
-        std::memcpy(&last, bytes + size - sizeof last, sizeof last);
-        return digest(first) + digest(last);
-      };
-      return *bson_iter_key(&field) == '1' ? ends(std::int32_t{}) : ends(double{});
+      return *bson_iter_key(&field) == '1' ? digest_of_ends<vectors, std::int32_t>(bytes, size)
+                                           : digest_of_ends<vectors, double>(bytes, size);
     }
     default: return 0;
   }
 }
 
-inline std::uint64_t walk(const Bson& bson) {
+template <Vectors vectors = Vectors::kCopied>
+std::uint64_t walk(const Bson& bson) {
   std::uint64_t sum = 0;
   each_document(bson, [&sum](const bson_t& document) {
     bson_iter_t field;
     bson_iter_init(&field, &document);
-    while (bson_iter_next(&field)) sum += digest(field);
+    while (bson_iter_next(&field)) sum += digest<vectors>(field);
   });
   return sum;
 }
