@@ -73,6 +73,26 @@ std::uint32_t read_field(service::Bytes bytes, CDataItem* item, const char* read
   }
 }
 
+/// Calls `append` with the type, the value as a record holds it, and of a price the base code.
+/// False for an item that is no value of a fixed size, and else what `append` answers.
+template <typename Append>
+bool append_scalar(const CDataItem& item, Append append) {
+  switch (item.GetType()) {
+    case TYPE_DOUBLE: return append.template operator()<TYPE_DOUBLE>(item.GetFloat());
+    case TYPE_LONG: return append.template operator()<TYPE_LONG>(item.GetLong());
+    case TYPE_INT: return append.template operator()<TYPE_INT>(item.GetShort());
+    case TYPE_DATE: return append.template operator()<TYPE_DATE>(ZULDATE(item.GetDate()));
+    case TYPE_TIME: return append.template operator()<TYPE_TIME>(ZULTIME(item.GetTime()));
+    case TYPE_ERROR: return append.template operator()<TYPE_ERROR>(item.GetError());
+    case TYPE_LPACK: {
+      const CFixPtNum price = item.GetFPN();
+      const auto baseCode = static_cast<std::uint16_t>(price.GetBaseCode());
+      return append.template operator()<TYPE_LPACK>(static_cast<std::int32_t>(price), baseCode);
+    }
+    default: return false;
+  }
+}
+
 }  // namespace wqd
 
 #endif  // WQDATA_BLOCKS_FIELDITEM_H_

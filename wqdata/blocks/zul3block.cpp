@@ -170,6 +170,10 @@ bool CZul3Block::AddError(FID id, std::int16_t error) {
 }
 
 bool CZul3Block::Add(CDataItem& item) {
+  const bool added = append_scalar(item, [&]<int type>(auto value, std::uint16_t baseCode = 0) {
+    return Append<type>(item.GetId(), value, baseCode);
+  });
+  if (added) return true;
   if (!IsWritable()) return false;
   switch (item.GetType()) {
     case TYPE_DOUBLE:

@@ -58,43 +58,54 @@ bool CZul4Block::StartRecord() {
 
 bool CZul4Block::EndRecord() { return IsWritable(); }
 
-bool CZul4Block::Add(FID id, const ZULTIME& value) {
+/// Appends a value at once, where there is room.
+template <int type, typename Element>
+bool CZul4Block::Append(FID id, Element element, std::uint16_t baseCode) {
+  constexpr std::size_t kSize = service::kFixedSize<service::kZul4Fields, type>;
+  if (m_readOnly || !service::ZUL4_has_room(m_handle, kSize)) return false;
+  std::uint8_t* const at = service::ZUL4_append(m_handle, kSize);
+  service::write_fixed_field<service::kZul4Fields, type>(at, id, element, baseCode);
+  return true;
+}
+
+/// The same by `add` where there is none as yet, and the missing value's error.
+template <int type, typename Value>
+bool CZul4Block::AddValue(FID id, Value value, int (*add)(service::ZUL4HANDLE&, FID, Value)) {
+  if (!is_missing(value) && Append<type>(id, value)) return true;
   if (!IsWritable()) return false;
-  if (is_missing(value)) return AddError(id, kMissing);
-  return service::ZUL4_add_time(m_handle, id, value) == 0;
+  return is_missing(value) ? AddError(id, kMissing) : add(m_handle, id, value) == 0;
+}
+
+bool CZul4Block::Add(FID id, const ZULTIME& value) {
+  return AddValue<TYPE_TIME>(id, value, service::ZUL4_add_time);
 }
 
 bool CZul4Block::Add(FID id, const ZULDATE& value) {
-  if (!IsWritable()) return false;
-  if (is_missing(value)) return AddError(id, kMissing);
-  return service::ZUL4_add_date(m_handle, id, value) == 0;
+  return AddValue<TYPE_DATE>(id, value, service::ZUL4_add_date);
 }
 
 bool CZul4Block::Add(FID id, const CFixPtNum& value) {
+  const auto baseCode = static_cast<std::uint16_t>(value.GetBaseCode());
+  const std::int32_t price = value;
+  if (price != MISSING_LONG && Append<TYPE_LPACK>(id, price, baseCode)) return true;
   if (!IsWritable()) return false;
-  if (value.IsMissing()) return AddError(id, kMissing);
-  return add_price(m_handle, id, value) == 0;
+  return value.IsMissing() ? AddError(id, kMissing) : add_price(m_handle, id, value) == 0;
 }
 
 bool CZul4Block::Add(FID id, double value) {
-  if (!IsWritable()) return false;
-  if (is_missing(value)) return AddError(id, kMissing);
-  return service::ZUL4_add_double(m_handle, id, value) == 0;
+  return AddValue<TYPE_DOUBLE>(id, value, service::ZUL4_add_double);
 }
 
 bool CZul4Block::Add(FID id, std::int32_t value) {
-  if (!IsWritable()) return false;
-  if (is_missing(value)) return AddError(id, kMissing);
-  return service::ZUL4_add_long(m_handle, id, value) == 0;
+  return AddValue<TYPE_LONG>(id, value, service::ZUL4_add_long);
 }
 
 bool CZul4Block::Add(FID id, std::int16_t value) {
-  if (!IsWritable()) return false;
-  if (is_missing(value)) return AddError(id, kMissing);
-  return service::ZUL4_add_short(m_handle, id, value) == 0;
+  return AddValue<TYPE_INT>(id, value, service::ZUL4_add_short);
 }
 
 bool CZul4Block::AddError(FID id, std::int16_t error) {
+  if (Append<TYPE_ERROR>(id, error)) return true;
   return IsWritable() && service::ZUL4_add_error(m_handle, id, error) == 0;
 }
 
@@ -104,6 +115,10 @@ bool CZul4Block::Add(FID id, const char* text) {
 }
 
 bool CZul4Block::Add(CDataItem& item) {
+  const bool added = append_scalar(item, [&]<int type>(auto value, std::uint16_t baseCode = 0) {
+    return Append<type>(item.GetId(), value, baseCode);
+  });
+  if (added) return true;
   if (!IsWritable()) return false;
   const int type = item.GetType();
   if (service::is_vector(type)) return AddVector(item) || Refused();

@@ -79,6 +79,10 @@ class CZul4Block final : public CDataBlock {
 
  private:
   bool IsWritable() const;
+  template <int type, typename Element>
+  bool Append(FID id, Element element, std::uint16_t baseCode = 0);
+  template <int type, typename Value>
+  bool AddValue(FID id, Value value, int (*add)(service::ZUL4HANDLE&, FID, Value));
   bool AddScalar(CDataItem& item);
   bool AddVector(CDataItem& item);
   bool Refused();

@@ -10,8 +10,6 @@ namespace {
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
 
-constexpr std::uint8_t kRefused = 0x01;  // in the flags: the latest record could not be opened
-
 /// The bytes of the record at an offset, with its head. None where no whole record is there.
 Bytes record_at(const ZUL4HANDLE& handle, std::uint32_t offset) {
   const std::uint32_t length = ZUL4_length(handle);
@@ -39,12 +37,6 @@ int enter_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) 
   return kDone;
 }
 
-/// True while the current record is the last one, and takes fields.
-bool is_open(const ZUL4HANDLE& handle) {
-  return handle.current != 0 && (handle.flags & kRefused) == 0 &&
-         handle.index + 1 == load<std::uint16_t>(handle.record + kZul4RecordCountAt);
-}
-
 /// Moves to the record that is being written, which is the last one. False for none.
 bool enter_last_record(ZUL4HANDLE& handle) {
   if (handle.current == 0 && ZUL4_seek_record(handle, 0) != kDone) return false;
@@ -68,60 +60,28 @@ void set_length(ZUL4HANDLE& handle, std::uint64_t length) {
   store(handle.record + kZul4LengthAt, static_cast<std::uint32_t>(length));
 }
 
-/// True when a field of `size` bytes can be appended as the record stands.
-bool has_room(const ZUL4HANDLE& handle, std::uint64_t size) {
-  if (!is_open(handle)) return false;
-  const auto length = load<std::uint32_t>(handle.record + kZul4LengthAt);
-  const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
-  return size <= handle.capacity - length && fields != UINT16_MAX;
-}
-
 /// Goes to the last record and makes room in it. False, with nothing changed but the cursors, when
 /// the field is refused. A text in the record itself, at `source`, moves along.
 bool get_room(ZUL4HANDLE& handle, std::uint64_t size, const void** source = nullptr) {
-  if (has_room(handle, size)) return true;
-  if (handle.record == nullptr || (handle.flags & kRefused) != 0) return false;
-  if (!is_open(handle) && !enter_last_record(handle)) return false;
+  if (ZUL4_has_room(handle, size)) return true;
+  if (handle.record == nullptr || (handle.flags & kZul4Refused) != 0) return false;
+  if (!ZUL4_is_open(handle) && !enter_last_record(handle)) return false;
   const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
   return fields != UINT16_MAX && make_room(handle, size, source);
 }
 
-/// Counts a field of `size` bytes, for which there is room, and gives its place.
-std::uint8_t* append(ZUL4HANDLE& handle, std::uint64_t size) {
-  std::uint8_t* const record = handle.record;
-  const std::uint32_t current = handle.current;
-  const auto length = load<std::uint32_t>(record + kZul4LengthAt);
-  const auto fields = load<std::uint16_t>(record + current + kZul4FieldCountAt);
-  const auto end = static_cast<std::uint32_t>(length + size);
-  store(record + current + kZul4RecordLengthAt, end - current);
-  store(record + current + kZul4FieldCountAt, static_cast<std::uint16_t>(fields + 1));
-  store(record + kZul4LengthAt, end);
-  return record + length;
-}
-
 template <int type, typename Element>
-int add(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode = 0);
-
-/// The rare way of `add`, apart so that the common one keeps nothing for after a call.
-template <int type, typename Element>
-[[gnu::noinline]] int add_in_new_room(ZUL4HANDLE& handle, FID id, Element element,
-                                      std::uint16_t baseCode) {
-  if (!get_room(handle, kFixedSize<kZul4Fields, type>)) return kFailed;
-  return add<type>(handle, id, element, baseCode);
-}
-
-template <int type, typename Element>
-int add(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode) {
+int add(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode = 0) {
   constexpr std::size_t kSize = kFixedSize<kZul4Fields, type>;
-  if (!has_room(handle, kSize)) return add_in_new_room<type>(handle, id, element, baseCode);
-  write_fixed_field<kZul4Fields, type>(append(handle, kSize), id, element, baseCode);
+  if (!get_room(handle, kSize)) return kFailed;
+  write_fixed_field<kZul4Fields, type>(ZUL4_append(handle, kSize), id, element, baseCode);
   return kDone;
 }
 
 int add_vector(ZUL4HANDLE& handle, VectorValue value) {
   const std::uint64_t size = vector_field_size(kZul4Fields, value);
   if (size == 0 || !get_room(handle, size, &value.elements)) return kFailed;
-  write_vector_field(kZul4Fields, value, append(handle, size));
+  write_vector_field(kZul4Fields, value, ZUL4_append(handle, size));
   return kDone;
 }
 
@@ -136,7 +96,7 @@ int ZUL4_attach(std::uint8_t* bytes, ZUL4HANDLE& handle, std::uint32_t size) {
   handle = ZUL4HANDLE{};
   handle.record = bytes;
   handle.capacity = size;
-  handle.flags = kZul4Borrowed;
+  handle.flags = kZul4Borrowed | kZul4Refused;
   return ZUL4_seek_record(handle, 0);
 }
 
@@ -158,7 +118,7 @@ int ZUL4_create(ZUL4HANDLE& handle) {
 
 int ZUL4_add_record(ZUL4HANDLE& handle) {
   const std::uint16_t records = ZUL4_record_count(handle);
-  handle.flags |= kRefused;
+  handle.flags |= kZul4Refused;
   if (handle.record == nullptr || records == UINT16_MAX) return kFailed;
   if (!make_room(handle, kZul4RecordHead)) return kFailed;
   const std::uint32_t length = ZUL4_length(handle);
@@ -167,7 +127,7 @@ int ZUL4_add_record(ZUL4HANDLE& handle) {
   store(head + kZul4RecordLengthAt, kZul4RecordHead);
   store(handle.record + kZul4RecordCountAt, static_cast<std::uint16_t>(records + 1));
   set_length(handle, length + kZul4RecordHead);
-  handle.flags = static_cast<std::uint8_t>(handle.flags & ~kRefused);
+  handle.flags = static_cast<std::uint8_t>(handle.flags & ~kZul4Refused);
   stand_on_record(handle, records, length);
   return kDone;
 }
@@ -264,7 +224,8 @@ int ZUL4_add_string(ZUL4HANDLE& handle, FID id, const char* text) {
   const std::uint64_t size = text_field_size<kZul4Fields>(length);
   const void* source = text;
   if (!get_room(handle, size, &source)) return kFailed;
-  write_text_field<kZul4Fields>(append(handle, size), id, static_cast<const char*>(source), length);
+  write_text_field<kZul4Fields>(ZUL4_append(handle, size), id, static_cast<const char*>(source),
+                                length);
   return kDone;
 }
 

@@ -32,6 +32,10 @@ static_assert(sizeof(ZUL4HANDLE) == 24 && offsetof(ZUL4HANDLE, flags) == 0);
 /// In the flags: the bytes are a caller's, and are not freed.
 inline constexpr std::uint8_t kZul4Borrowed = 0x80;
 
+/// In the flags: no field can be added, since the bytes were received, or since the latest record
+/// could not be opened.
+inline constexpr std::uint8_t kZul4Refused = 0x01;
+
 /// Offsets of the header's words; bytes 4 and 5 are zero.
 inline constexpr std::uint32_t kZul4LengthAt = 0;       // 32 bits: bytes in all, header included
 inline constexpr std::uint32_t kZul4RecordCountAt = 6;  // 16 bits
@@ -103,6 +107,33 @@ inline int ZUL4_next_field(ZUL4HANDLE& handle, std::uint32_t size = 0) {
 
 /// Makes the first field with the identifier `id` of the current record the current one.
 int ZUL4_find_field(ZUL4HANDLE& handle, FID id);
+
+/// True while the current record is the last one, and takes fields.
+inline bool ZUL4_is_open(const ZUL4HANDLE& handle) {
+  return handle.current != 0 && (handle.flags & kZul4Refused) == 0 &&
+         handle.index + 1 == load<std::uint16_t>(handle.record + kZul4RecordCountAt);
+}
+
+/// True when a field of `size` bytes can be appended as the record stands.
+inline bool ZUL4_has_room(const ZUL4HANDLE& handle, std::uint64_t size) {
+  if (!ZUL4_is_open(handle)) return false;
+  const auto length = load<std::uint32_t>(handle.record + kZul4LengthAt);
+  const auto fields = load<std::uint16_t>(handle.record + handle.current + kZul4FieldCountAt);
+  return size <= handle.capacity - length && fields != UINT16_MAX;
+}
+
+/// Counts a field of `size` bytes, for which there is room, and gives its place.
+inline std::uint8_t* ZUL4_append(ZUL4HANDLE& handle, std::uint64_t size) {
+  std::uint8_t* const record = handle.record;
+  const std::uint32_t current = handle.current;
+  const auto length = load<std::uint32_t>(record + kZul4LengthAt);
+  const auto fields = load<std::uint16_t>(record + current + kZul4FieldCountAt);
+  const auto end = static_cast<std::uint32_t>(length + size);
+  store(record + current + kZul4RecordLengthAt, end - current);
+  store(record + current + kZul4FieldCountAt, static_cast<std::uint16_t>(fields + 1));
+  store(record + kZul4LengthAt, end);
+  return record + length;
+}
 
 /// Append a field to the last record, which becomes the current one. Refused without an open
 /// record, for null elements, a field count beyond 16 bits, a record near 2 GiB, and without room.
