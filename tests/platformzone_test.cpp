@@ -33,8 +33,9 @@ std::vector<std::int64_t> Offsets(const std::string& zone) {
 }
 
 SYSTEMTIME Reading(std::int64_t time) {
-  SYSTEMTIME reading{};
-  wqd::service::reading_of((time + 11644473600) * 10'000'000, reading);
+  SYSTEMTIME reading = {1970, 1, 0, 1, 0, 0, 0, 0};
+  wqd::service::later_reading(reading, time / 60, reading);
+  reading.wSecond = static_cast<std::uint16_t>(time % 60);
   return reading;
 }
 

@@ -5,21 +5,11 @@
 #include <wqdata/service/memory.h>
 #include <wqdata/service/recordlib.h>
 
+namespace wqd {
 namespace {
 
-using wqd::service::Bytes;
-using wqd::service::FieldFormat;
-using wqd::service::FieldView;
-using wqd::service::kZul3FieldCountAt;
-using wqd::service::kZul3HeaderSize;
-using wqd::service::kZul3LengthAt;
-using wqd::service::kZul3RecordCountAt;
-using wqd::service::kZul4FieldCountAt;
-using wqd::service::kZul4HeaderSize;
-using wqd::service::kZul4LengthAt;
-using wqd::service::kZul4RecordCountAt;
-using wqd::service::kZul4RecordHead;
-using wqd::service::load;
+using service::Bytes;
+using service::load;
 
 /// Where bytes are no block, and why; without a reason they are one.
 struct Fault {
@@ -27,59 +17,68 @@ struct Fault {
   const char* reason = nullptr;
 };
 
+/// Why the field at the front of `bytes` is at fault, or null.
+const char* field_fault(const service::FieldFormat& format, Bytes bytes) {
+  service::FieldView view;
+  if (bytes.Left() == 0) return "a field is missing";
+  if (!service::view_field(format, bytes, view)) return "a field does not fit";
+  if (view.layout == nullptr) return "the type of a field is unknown";
+  return service::holds_whole_strings(view) ? nullptr : "the strings of a field are not as it says";
+}
+
 /// Takes `count` fields from the front of `bytes`, up to the first that is at fault: why, or null.
-/// Each takes bytes, so that `count` alone keeps no loop going.
-const char* take_fields(const FieldFormat& format, Bytes& bytes, std::uint64_t count) {
+/// Each takes bytes, so that `count` alone keeps no loop going. A field that a walk can step over
+/// is without fault, if it has no strings.
+template <const service::FieldFormat& format>
+const char* take_fields(Bytes& bytes, std::uint64_t count) {
   for (; count > 0; --count) {
-    FieldView view;
-    if (bytes.Left() == 0) return "a field is missing";
-    if (!wqd::service::view_field(format, bytes, view)) return "a field does not fit";
-    if (view.layout == nullptr) return "the type of a field is unknown";
-    if (!wqd::service::holds_whole_strings(view))
-      return "the strings of a field are not as it says";
-    bytes.Skip(view.size);
+    const std::uint64_t size = service::field_size<format>(bytes);
+    if (size == 0 || load<std::uint16_t>(bytes.At()) == TYPE_VECTOR_STRING) {
+      const char* const reason = field_fault(format, bytes);
+      if (reason != nullptr) return reason;
+    }
+    bytes.Skip(size);
   }
   return nullptr;
 }
 
 Fault zul3_fault(const std::uint8_t* data, std::size_t size) {
-  if (size < kZul3HeaderSize) return {size, "the header is not whole"};
-  if (load<std::uint32_t>(data + kZul3LengthAt) != size) {
-    return {kZul3LengthAt, "the length is not the number of bytes"};
+  if (size < service::kZul3HeaderSize) return {size, "the header is not whole"};
+  if (load<std::uint32_t>(data + service::kZul3LengthAt) != size) {
+    return {service::kZul3LengthAt, "the length is not the number of bytes"};
   }
-  const auto records = load<std::uint16_t>(data + kZul3RecordCountAt);
-  const auto fields = load<std::uint16_t>(data + kZul3FieldCountAt);
+  const auto records = load<std::uint16_t>(data + service::kZul3RecordCountAt);
+  const auto fields = load<std::uint16_t>(data + service::kZul3FieldCountAt);
   if ((records == 0) != (fields == 0)) {
-    return {kZul3RecordCountAt, "a record has not been finished"};
+    return {service::kZul3RecordCountAt, "a record has not been finished"};
   }
-  Bytes left(data + kZul3HeaderSize, size - kZul3HeaderSize);
-  const char* reason =
-      take_fields(wqd::service::kZul3Fields, left, std::uint64_t{records} * fields);
+  Bytes left(data + service::kZul3HeaderSize, size - service::kZul3HeaderSize);
+  const char* reason = take_fields<service::kZul3Fields>(left, std::uint64_t{records} * fields);
   if (reason == nullptr && left.Left() > 0) reason = "bytes lie behind the last field";
   return {size - left.Left(), reason};
 }
 
 /// Takes the record at the front of `block`.
 const char* take_record(Bytes& block) {
-  Bytes record = wqd::service::ZUL4_record(block);
+  Bytes record = service::ZUL4_record(block);
   if (record.Left() == 0) return "a record does not fit";
-  const auto fields = load<std::uint16_t>(record.At() + kZul4FieldCountAt);
+  const auto fields = load<std::uint16_t>(record.At() + service::kZul4FieldCountAt);
   const std::size_t whole = record.Left();
-  record.Skip(kZul4RecordHead);
-  const char* reason = take_fields(wqd::service::kZul4Fields, record, fields);
+  record.Skip(service::kZul4RecordHead);
+  const char* reason = take_fields<service::kZul4Fields>(record, fields);
   if (reason == nullptr && record.Left() > 0) reason = "a record has bytes behind its last field";
   block.Skip(whole - record.Left());
   return reason;
 }
 
 Fault zul4_fault(const std::uint8_t* data, std::size_t size) {
-  if (size < kZul4HeaderSize) return {size, "the header is not whole"};
-  if (load<std::uint32_t>(data + kZul4LengthAt) != size) {
-    return {kZul4LengthAt, "the length is not the number of bytes"};
+  if (size < service::kZul4HeaderSize) return {size, "the header is not whole"};
+  if (load<std::uint32_t>(data + service::kZul4LengthAt) != size) {
+    return {service::kZul4LengthAt, "the length is not the number of bytes"};
   }
-  Bytes left(data + kZul4HeaderSize, size - kZul4HeaderSize);
+  Bytes left(data + service::kZul4HeaderSize, size - service::kZul4HeaderSize);
   const char* reason = nullptr;
-  for (auto records = load<std::uint16_t>(data + kZul4RecordCountAt);
+  for (auto records = load<std::uint16_t>(data + service::kZul4RecordCountAt);
        records > 0 && reason == nullptr; --records) {
     reason = take_record(left);
   }
@@ -98,8 +97,7 @@ Fault text_fault(const std::uint8_t* data, std::size_t size) {
 }
 
 Fault fault_of(cf_id format, const std::uint8_t* data, std::size_t size) {
-  if (size > wqd::service::kLargestBlock)
-    return {wqd::service::kLargestBlock, "no block is as large"};
+  if (size > service::kLargestBlock) return {service::kLargestBlock, "no block is as large"};
   if (data == nullptr && size > 0) return {0, "there are no bytes"};
   switch (format) {
     case TEXT:
@@ -112,10 +110,11 @@ Fault fault_of(cf_id format, const std::uint8_t* data, std::size_t size) {
 }
 
 }  // namespace
+}  // namespace wqd
 
 bool ValidateData(cf_id format, const void* data, std::size_t size, std::size_t* offset,
                   const char** reason) {
-  const Fault fault = fault_of(format, static_cast<const std::uint8_t*>(data), size);
+  const wqd::Fault fault = wqd::fault_of(format, static_cast<const std::uint8_t*>(data), size);
   if (fault.reason == nullptr) return true;
   if (offset != nullptr) *offset = fault.offset;
   if (reason != nullptr) *reason = fault.reason;

@@ -9,7 +9,8 @@ namespace {
 constexpr int kFirstYear = 1601;
 constexpr int kLastYear = 30827;
 
-using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+constexpr std::int64_t kMinutesInDay = 24 * 60;
+
 using std::chrono::sys_days;
 
 constexpr sys_days january_first(int year) {
@@ -17,7 +18,7 @@ constexpr sys_days january_first(int year) {
 }
 
 constexpr sys_days kFirstDay = january_first(kFirstYear);
-constexpr Ticks kTicksInAllYears = january_first(kLastYear + 1) - kFirstDay;
+constexpr std::int64_t kAllDays = (january_first(kLastYear + 1) - kFirstDay).count();
 
 template <typename Number>
 std::uint16_t narrow(Number number) {
@@ -40,22 +41,11 @@ bool is_reading(const SYSTEMTIME& reading) {
          reading.wMilliseconds < 1000;
 }
 
-Ticks time_of_day(const SYSTEMTIME& reading) {
-  return std::chrono::hours{reading.wHour} + std::chrono::minutes{reading.wMinute} +
-         std::chrono::seconds{reading.wSecond} + std::chrono::milliseconds{reading.wMilliseconds};
-}
-
-SYSTEMTIME make_reading(sys_days day, Ticks timeOfDay) {
+void set_date(sys_days day, SYSTEMTIME& reading) {
   const std::chrono::year_month_day date = day;
-  const std::chrono::hh_mm_ss time{floor<std::chrono::milliseconds>(timeOfDay)};
-  return {narrow(static_cast<int>(date.year())),
-          narrow(static_cast<unsigned>(date.month())),
-          narrow(std::chrono::weekday{day}.c_encoding()),
-          narrow(static_cast<unsigned>(date.day())),
-          narrow(time.hours().count()),
-          narrow(time.minutes().count()),
-          narrow(time.seconds().count()),
-          narrow(time.subseconds().count())};
+  reading.wYear = narrow(static_cast<int>(date.year()));
+  reading.wMonth = narrow(static_cast<unsigned>(date.month()));
+  reading.wDay = narrow(static_cast<unsigned>(date.day()));
 }
 
 std::tm local_parts(std::time_t time) {
@@ -73,7 +63,15 @@ std::tm local_parts(std::time_t time) {
 SYSTEMTIME utc_now() {
   const auto now = std::chrono::system_clock::now();
   const auto day = floor<std::chrono::days>(now);
-  return make_reading(day, floor<Ticks>(now - day));
+  const std::chrono::hh_mm_ss time{floor<std::chrono::milliseconds>(now - day)};
+  SYSTEMTIME reading{};
+  set_date(day, reading);
+  reading.wDayOfWeek = narrow(std::chrono::weekday{day}.c_encoding());
+  reading.wHour = narrow(time.hours().count());
+  reading.wMinute = narrow(time.minutes().count());
+  reading.wSecond = narrow(time.seconds().count());
+  reading.wMilliseconds = narrow(time.subseconds().count());
+  return reading;
 }
 
 SYSTEMTIME local_now() {
@@ -87,16 +85,20 @@ SYSTEMTIME local_now() {
       narrow(parts.tm_sec),         narrow(floor<std::chrono::milliseconds>(now - second).count())};
 }
 
-bool ticks_of(const SYSTEMTIME& reading, std::int64_t& ticks) {
+bool later_reading(const SYSTEMTIME& reading, std::int64_t minutes, SYSTEMTIME& result) {
   if (!is_reading(reading)) return false;
-  ticks = Ticks{sys_days{date_of(reading)} - kFirstDay + time_of_day(reading)}.count();
-  return true;
-}
-
-bool reading_of(std::int64_t ticks, SYSTEMTIME& reading) {
-  if (ticks < 0 || ticks >= kTicksInAllYears.count()) return false;
-  const auto days = floor<std::chrono::days>(Ticks{ticks});
-  reading = make_reading(kFirstDay + days, Ticks{ticks} - days);
+  const sys_days from{date_of(reading)};
+  const std::int64_t days = (from - kFirstDay).count();
+  const std::int64_t total = days * kMinutesInDay + reading.wHour * 60 + reading.wMinute + minutes;
+  if (total < 0 || total >= kAllDays * kMinutesInDay) return false;
+  const std::int64_t laterDays = total / kMinutesInDay;
+  const auto minuteOfDay = static_cast<std::uint32_t>(total - laterDays * kMinutesInDay);
+  const sys_days to = kFirstDay + std::chrono::days{laterDays};
+  result = reading;  // whose date mostly stays, and its seconds always
+  if (to != from) set_date(to, result);
+  result.wDayOfWeek = narrow(std::chrono::weekday{to}.c_encoding());
+  result.wHour = narrow(minuteOfDay / 60);
+  result.wMinute = narrow(minuteOfDay % 60);
   return true;
 }
 

@@ -1,4 +1,4 @@
-/// The platform's clock, and readings of it as ticks.
+/// The platform's clock, and sums of its readings.
 #ifndef WQDATA_SERVICE_CLOCK_H_
 #define WQDATA_SERVICE_CLOCK_H_
 
@@ -12,16 +12,11 @@ namespace wqd::service {
 SYSTEMTIME utc_now();
 SYSTEMTIME local_now();
 
-/// Ticks of 100 nanoseconds from 1 January 1601 00:00:00 in the Gregorian calendar. False, with
-/// `ticks` as it was, for a reading that no clock shows: a day that is not in its month, an hour
-/// from 24 on, a year outside 1601 to 30827. The weekday is not looked at.
-bool ticks_of(const SYSTEMTIME& reading, std::int64_t& ticks);
-
-/// The inverse, which fills the weekday too. False, with `reading` as it was, for ticks outside
-/// those years.
-bool reading_of(std::int64_t ticks, SYSTEMTIME& reading);
-
-inline constexpr std::int64_t kTicksInMinute = 600'000'000;
+/// The reading `minutes` later, any sum of a few 32-bit numbers, in the Gregorian calendar, with its
+/// weekday filled in. False, with `result` as it was, for a reading that no clock shows (a day that
+/// is not in its month, an hour from 24 on, a year outside 1601 to 30827; the weekday is not looked
+/// at), and when the result has no such year.
+bool later_reading(const SYSTEMTIME& reading, std::int64_t minutes, SYSTEMTIME& result);
 
 }  // namespace wqd::service
 

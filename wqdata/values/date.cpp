@@ -10,13 +10,10 @@ constexpr int kEpochYear = 1970;
 constexpr int kLastValidYear = 2035;
 constexpr int kLastNumberedYear = 2099;
 constexpr int kEpochWeekday = 4;  // day number 1 is a Thursday
-constexpr int kDaysInYear = 365;
-constexpr int kDaysInFourYears = 4 * kDaysInYear + 1;
+constexpr int kDaysInFourYears = 4 * 365 + 1;
 
 constexpr std::array<std::uint8_t, 12> kDaysInMonth = {31, 28, 31, 30, 31, 30,
                                                        31, 31, 30, 31, 30, 31};
-constexpr std::array<std::int16_t, 13> kDaysBeforeMonth = {0,   31,  59,  90,  120, 151, 181,
-                                                           212, 243, 273, 304, 334, 365};
 constexpr std::array<const char*, 12> kMonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
@@ -35,29 +32,33 @@ constexpr std::int64_t floor_divide(std::int64_t a, std::int64_t b) {
   return a / b - (a % b < 0 ? 1 : 0);
 }
 
-/// Days from 1 January of year 0 to a date with a real month.
-constexpr std::int64_t serial_day(const WideDate& date) {
-  const std::int64_t leapDays = floor_divide(date.year + 3, 4);  // of the years before
-  const bool leapDay = date.month > 2 && date.year % 4 == 0;
-  return date.year * kDaysInYear + leapDays +
-         kDaysBeforeMonth[static_cast<std::size_t>(date.month - 1)] + (leapDay ? 1 : 0) + date.day -
-         1;
+// Years are counted from March on for the sums, so that the leap day is the last of its year: every
+// fourth year has one, and the months before it have lengths that a line through 153 days in five
+// months gives.
+
+constexpr std::int64_t days_before_year(std::int64_t year) { return year * kDaysInFourYears >> 2; }
+
+constexpr std::int64_t days_before_month(std::int64_t monthFromMarch) {
+  return (153 * monthFromMarch + 2) / 5;
 }
 
-/// The inverse. Every fourth year is a leap year and leads its cycle, so a day's place in the cycle
-/// gives the year, and its place in the year the month.
+/// Days from 1 March of year 0 to a date with a real month.
+constexpr std::int64_t serial_day(const WideDate& date) {
+  const bool early = date.month <= 2;
+  return days_before_year(date.year - (early ? 1 : 0)) +
+         days_before_month(date.month + (early ? 9 : -3)) + date.day - 1;
+}
+
+constexpr std::int64_t kDayZero = serial_day({kEpochYear, 1, 1}) - 1;  // of day numbers
+
+/// The inverse of `serial_day`.
 WideDate date_of_serial(std::int64_t serial) {
-  const std::int64_t cycle = floor_divide(serial, kDaysInFourYears);
-  const std::int64_t inCycle = serial - cycle * kDaysInFourYears;
-  const bool leap = inCycle <= kDaysInYear;
-  const std::int64_t yearOfCycle = leap ? 0 : (inCycle - 1) / kDaysInYear;
-  std::int64_t dayOfYear = leap ? inCycle : (inCycle - 1) % kDaysInYear;
-  const std::int64_t year = cycle * 4 + yearOfCycle;
-  if (leap && dayOfYear == kDaysBeforeMonth[2]) return {year, 2, 29};
-  if (leap && dayOfYear > kDaysBeforeMonth[2]) --dayOfYear;
-  auto month = static_cast<std::size_t>(dayOfYear / 31);  // this one or the one before
-  if (dayOfYear >= kDaysBeforeMonth[month + 1]) ++month;
-  return {year, static_cast<std::int64_t>(month) + 1, dayOfYear - kDaysBeforeMonth[month] + 1};
+  const std::int64_t year = floor_divide(4 * serial + 3, kDaysInFourYears);
+  const auto dayOfYear = static_cast<std::int32_t>(serial - days_before_year(year));
+  const std::int32_t month = (5 * dayOfYear + 2) / 153;  // from March on
+  const bool early = month >= 10;
+  return {year + (early ? 1 : 0), month + (early ? -9 : 3),
+          dayOfYear - days_before_month(month) + 1};
 }
 
 WideDate moved(const WideDate& date, std::int64_t days) {
@@ -121,13 +122,12 @@ const char* MonthName(int month) {
 
 int DateToInt(int month, int day, int year) {
   if (!is_month(month) || year < kEpochYear || year > kLastNumberedYear) return 0;
-  constexpr std::int64_t kEpoch = serial_day({kEpochYear, 1, 1});
-  return wrapped(serial_day({year, month, day}) - kEpoch + 1);
+  return wrapped(serial_day({year, month, day}) - kDayZero);
 }
 
 wqd::CZulDate IntToDate(int number) {
   if (number <= 0) return {1, number, kEpochYear};
-  const WideDate date = moved({kEpochYear, 1, 1}, std::int64_t{number} - 1);
+  const WideDate date = date_of_serial(kDayZero + number);
   return {wrapped(date.month), wrapped(date.day), wrapped(date.year)};
 }
 

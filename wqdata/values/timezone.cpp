@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <string_view>
 
 #include <wqdata/service/clock.h>
@@ -67,16 +66,10 @@ bool is_daylight_time(const SYSTEMTIME& reading, const CTimeZone& zone) {
   return start.wMonth < end.wMonth ? started && !ended : started || !ended;
 }
 
-/// The reading `minutes` later, any sum of two 32-bit numbers; the reading itself where one of the
-/// two is none that a clock shows.
+/// The reading `minutes` later; the reading itself where one of the two is none that a clock shows.
 SYSTEMTIME later(const SYSTEMTIME& reading, std::int64_t minutes) {
-  const std::int64_t shift = minutes * wqd::service::kTicksInMinute;
   SYSTEMTIME result = reading;
-  std::int64_t ticks = 0;
-  const bool inRange =
-      wqd::service::ticks_of(reading, ticks) &&
-      ticks <= std::numeric_limits<std::int64_t>::max() - std::max<std::int64_t>(shift, 0);
-  if (inRange) wqd::service::reading_of(ticks + shift, result);
+  wqd::service::later_reading(reading, minutes, result);
   return result;
 }
 
