@@ -1,6 +1,7 @@
 #include <wqdata/textsupport/myparser.h>
 
 #include <memory>
+#include <random>
 
 #include "support.h"
 
@@ -23,7 +24,7 @@ Stream StreamOf(const std::string& bytes) {
 Fields FieldsOf(CMyParser parser) {
   Fields fields;
   std::string field;
-  while (parser.NextField(field) && fields.size() < 2000) fields.push_back(field);
+  while (parser.NextField(field) && fields.size() < 10000) fields.push_back(field);
   EXPECT_EQ(field, "");
   field = "left over";
   EXPECT_TRUE(!parser.NextField(field) && field.empty()) << field;
@@ -69,6 +70,21 @@ TEST(Parser, FieldsOfTextAndStream) {
   ExpectOnBothRoads("a\tb,c\nd", ",\t\n", {"a", "b", "c", "d"});
   ExpectOnBothRoads("a\xE9z", "\xE9", {"a", "z"});
   ExpectOnBothRoads("a,b\nc", "", {"a,b\nc"});
+}
+
+/// A text is searched by runs of characters, and farther ahead each time; a stream is not.
+TEST(Parser, LongTextsAndStreamsHaveTheSameFields) {
+  std::mt19937 random(7);
+  for (const char* const delimiters : {",", ",\n", "\t,\n", ",;|"}) {
+    for (int i = 0; i < 200; ++i) {
+      const std::size_t fieldLength = 1 + random() % 40;
+      std::string text;
+      for (std::size_t length = random() % 9000; text.size() < length;) {
+        text += random() % fieldLength != 0 ? 'x' : "\",\n\r ;|\t\xFF"[random() % 9];
+      }
+      ExpectOnBothRoads(text, delimiters, FieldsOf({StreamOf(text).get(), delimiters}));
+    }
+  }
 }
 
 TEST(Parser, NoInputHasNoFields) {

@@ -161,13 +161,11 @@ struct FieldView {
   std::uint64_t size = 0;  ///< bytes of the field, all of which are there
 };
 
-/// Finds the first NUL of `bytes`, and how many stand before it. Most texts end within the first
-/// eight, which are looked at as one word: of a byte of 0 alone the high bit is set in `ends`.
+/// Finds the first NUL of `bytes`, and how many stand before it: mostly within a word.
 inline bool find_nul(Bytes bytes, std::uint32_t& length) {
   if (bytes.Left() >= sizeof(std::uint64_t)) {
-    const auto word = load<std::uint64_t>(bytes.At());
-    const std::uint64_t ends = (word - 0x0101010101010101) & ~word & 0x8080808080808080;
-    length = static_cast<std::uint32_t>(std::countr_zero(ends)) / 8;
+    const std::uint64_t ends = zero_bytes(load<std::uint64_t>(bytes.At()));
+    length = first_marked(ends);
     if (ends != 0) return true;
   }
   const void* const end = std::memchr(bytes.At(), 0, bytes.Left());

@@ -50,7 +50,18 @@ void store(std::uint8_t* at, Word word) {
   std::memcpy(at, &word, sizeof word);
 }
 
-/// The same for a run of elements between a record and an array, in either direction. `from` and
+/// The high bit of each byte of `word` that is 0, so that a word of text is searched at once. Exact
+/// up to the lowest one: a byte above it may be marked that is none.
+inline std::uint64_t zero_bytes(std::uint64_t word) {
+  return (word - 0x0101010101010101) & ~word & 0x8080808080808080;
+}
+
+/// The index of the lowest byte that is marked so, counted from the first in memory.
+inline std::uint32_t first_marked(std::uint64_t marks) {
+  return static_cast<std::uint32_t>(std::countr_zero(marks)) / 8;
+}
+
+/// Moves a run of elements between a record and an array, in either direction. `from` and
 /// `to` need no alignment.
 template <typename Word>
 void move_elements(void* to, const void* from, std::size_t count) {

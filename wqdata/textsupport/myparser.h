@@ -72,11 +72,17 @@ class WQDATA_API CMyParser {
  private:
   class FieldText;
 
-  bool Next(char (&buffer)[kFieldBufferSize], std::string_view& field, const char* delimiters);
+  bool Next(char (&buffer)[kFieldBufferSize], std::string_view& field);
+  bool NextRead(std::string& field);
   void SetDelimiters(const char* delimiters);
   bool IsDelimiter(int c) const;
   bool IsOrdinary(char c) const;
-  bool TakePlain(std::string_view& field);
+  bool EndsField(char c) const;
+  bool LooksAhead(const char* at);
+  const char* FindInRun(const char* at) const;
+  const char* FindSpecial(const char* at);
+  const char* FindClosingQuote(const char* at) const;
+  bool TakeInPlace(std::string_view& field);
   void TakeQuoted(FieldText& field);
   int FoldLineEnd(int c);
   void ReadField(FieldText& field);
@@ -86,7 +92,11 @@ class WQDATA_API CMyParser {
   bool m_atEnd = true;
   bool m_failed = false;  // the stream, while it was read here
   const char* m_delimiters;
-  std::uint64_t m_special[4];  // a bit for each character that is more than a part of a field
+  std::uint64_t m_special[4];     // a bit for each character that is more than a part of a field
+  char m_searched[4][16];         // those but NUL, where they are no more, each sixteen times
+  bool m_searchable = false;      // whether they are
+  const char* m_known = nullptr;  // up to here the text is known to hold no NUL
+  std::uint32_t m_ahead = 0;      // as far as it is looked through for one next
 };
 
 }  // namespace wqd
