@@ -46,6 +46,28 @@ TEST(Allocations, WritingConvertingAndWalkingTakeNoneUntilTheBufferGrows) {
   EXPECT_GT(fields, 40 * 41);
 }
 
+TEST(Allocations, AWalkUsesTheBlockOfVectorsAgainWhereAQuarterIsFilled) {
+  const std::pair<std::uint32_t, int> counts[] = {{100, 1}, {25, 0}, {24, 1}, {25, 1}, {0, 1}};
+  for (const cf_id format : kBinaryFormats) {
+    const DataBlockPtr block = NewBlock(format);
+    ASSERT_TRUE(block->StartRecord());
+    for (const auto& [count, taken] : counts) Add(*block, VectorOf(TYPE_VECTOR_DOUBLE, count));
+    ASSERT_TRUE(block->EndRecord() && block->FirstRecord());
+    CDataItem item;
+    for (const auto& [count, taken] : counts) {
+      news = 0;
+      const bool read = block->GetCurrentField(&item);
+      EXPECT_TRUE(read && news == taken) << count << " elements, " << news << " blocks";
+      EXPECT_EQ(FieldOf(item), VectorOf(TYPE_VECTOR_DOUBLE, count));
+      block->NextField();
+    }
+    const double one = 1;
+    news = 0;
+    for (int i = 0; i < 3; ++i) item.SetVector(FID{1}, &one, 1);
+    EXPECT_EQ(news, 3) << "a program's own vector has a block of its size";
+  }
+}
+
 TEST(Growth, StepsAndLogLine) {
   // What is written first and added then, and the figures of the growth that is refused. A second
   // field has a separator, which grows the block by itself.
