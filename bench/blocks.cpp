@@ -1,4 +1,6 @@
 // Transfer from one record format into the other, and validation of received bytes.
+#include <algorithm>
+
 #include "flexrow.h"
 #include "ours.h"
 #include "peers.h"
@@ -6,6 +8,10 @@
 using namespace wqd_bench;
 
 namespace {
+
+std::size_t size_of(wqd::CDataBlock& block) {
+  return static_cast<std::size_t>(block.GetDataSize());
+}
 
 /// What a program would write without the transfer: each field into an item, and from there.
 wqd::DataBlockPtr transfer_by_hand(wqd::CDataBlock& source) {
@@ -29,14 +35,19 @@ wqd::DataBlockPtr transfer(wqd::CDataBlock& source) {
 
 void register_transfer() {
   const std::string workload = "Transfer ZUL4 into ZUL3";
-  wqd::CDataBlock& built = *build_rows(ZUL4).release();
-  wqd::CDataBlock& source = *wrapped(built, ZUL4).release();
-  const std::size_t items = rows().size() * kFieldsOfRow;
-  series(workload + "/wqdata", items, walk(*transfer(source)) == digest_of_rows(),
-         [&source] { return transfer(source)->GetDataSize(); });
-  series(workload + "/own walk and build", items,
-         walk(*transfer_by_hand(source)) == digest_of_rows(),
-         [&source] { return transfer_by_hand(source)->GetDataSize(); });
+  const Blocks& sources = received(blocks_of_rows, ZUL4);
+  const auto add = [&](const char* name, wqd::DataBlockPtr (*move)(wqd::CDataBlock&)) {
+    std::uint64_t sum = 0;
+    for (const wqd::DataBlockPtr& source : sources) sum += walk(*move(*source));
+    series(workload + name, rows().size() * kFieldsOfRow, sum == digest_of_rows(),
+           [&sources, move] {
+             std::size_t bytes = 0;
+             for (const wqd::DataBlockPtr& source : sources) bytes += size_of(*move(*source));
+             return bytes;
+           });
+  };
+  add("/wqdata", transfer);
+  add("/own walk and build", transfer_by_hand);
 }
 
 bool is_valid(const Bson& bson) {
@@ -60,11 +71,15 @@ flexbuffers::Builder& flex_rows() {
 void register_validation() {
   const std::string workload = "Validate, a byte";
   for (const cf_id format : kRecordFormats) {
-    wqd::CDataBlock& block = *build_rows(format).release();
-    const void* const data = block.GetData();
-    const auto size = static_cast<std::size_t>(block.GetDataSize());
-    series(our_name(workload, format), size, ValidateData(format, data, size),
-           [=] { return ValidateData(format, data, size); });
+    const Blocks& blocks = received(blocks_of_rows, format);
+    std::size_t bytes = 0;
+    for (const wqd::DataBlockPtr& block : blocks) bytes += size_of(*block);
+    const auto valid = [&blocks, format] {
+      return std::all_of(blocks.begin(), blocks.end(), [format](const wqd::DataBlockPtr& block) {
+        return ValidateData(format, block->GetData(), size_of(*block));
+      });
+    };
+    series(our_name(workload, format), bytes, valid(), valid);
   }
   auto& bson = *new Bson;
   append_rows(bson);

@@ -1,5 +1,7 @@
 #include "data.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <random>
 
 namespace wqd_bench {
@@ -20,13 +22,20 @@ Row random_row(std::mt19937& random) {
   return row;
 }
 
+constexpr std::size_t kMostVectorRows = 250'000;  // of 3 KB each, which every library copies
+
+std::size_t record_count() {
+  const char* const count = std::getenv("WQDATA_BENCH_RECORDS");
+  return count == nullptr ? 10000 : static_cast<std::size_t>(std::atoll(count));
+}
+
 }  // namespace
 
 const std::vector<Row>& rows() {
   static const std::vector<Row> all = [] {
     std::mt19937 random(1);
     std::vector<Row> made;
-    for (int i = 0; i < 10000; ++i) made.push_back(random_row(random));
+    for (std::size_t i = record_count(); i > 0; --i) made.push_back(random_row(random));
     return made;
   }();
   return all;
@@ -35,7 +44,7 @@ const std::vector<Row>& rows() {
 const std::vector<VectorRow>& vector_rows() {
   static const std::vector<VectorRow> all = [] {
     std::mt19937 random(2);
-    std::vector<VectorRow> made(1000);
+    std::vector<VectorRow> made(std::min(record_count() / 10, kMostVectorRows));
     for (VectorRow& row : made) {
       for (std::size_t i = 0; i < kElements; ++i) {
         row.numbers.push_back(static_cast<std::int32_t>(random()));

@@ -6,36 +6,77 @@
 #include <wqdata/items/dataitem.h>
 #include <wqdata/values/fixptnum.h>
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 #include "data.h"
 
 namespace wqd_bench {
 
-inline wqd::DataBlockPtr build_rows(cf_id format) {
-  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format));
-  for (const Row& row : rows()) {
-    block->StartRecord();
-    block->Add(kNumber, row.number);
-    block->Add(kSmall, row.small);
-    block->Add(kReal, row.real);
-    block->Add(kPrice, wqd::CFixPtNum(row.price, kBaseCode));
-    block->Add(kDate, row.date);
-    block->Add(kTime, row.time);
-    block->Add(kText, row.text.c_str());
-    block->AddError(kError, row.error);
-    block->EndRecord();
+/// The records of a block. A block holds 65535 of them; a program that has more uses one block
+/// after the other.
+template <typename Row>
+constexpr std::size_t kRecordsOfBlock = 50000;
+template <>
+inline constexpr std::size_t kRecordsOfBlock<VectorRow> = 1000;
+
+/// Makes blocks of a record for each of `all`, with the fields that `add` adds, and gives each to
+/// `use`.
+template <typename Row, typename Add, typename Use>
+void build(cf_id format, const std::vector<Row>& all, Add add, Use use) {
+  for (std::size_t begin = 0; begin < all.size(); begin += kRecordsOfBlock<Row>) {
+    wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format));
+    const std::size_t end = std::min(begin + kRecordsOfBlock<Row>, all.size());
+    for (std::size_t i = begin; i < end; ++i) {
+      block->StartRecord();
+      add(*block, all[i]);
+      block->EndRecord();
+    }
+    use(std::move(block));
   }
-  return block;
 }
 
-inline wqd::DataBlockPtr build_vectors(cf_id format) {
-  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format));
-  for (const auto& [numbers, reals] : vector_rows()) {
-    block->StartRecord();
-    block->AddLongVector(kNumber, numbers.data(), kElements);
-    block->AddDoubleVector(kReal, reals.data(), kElements);
-    block->EndRecord();
-  }
-  return block;
+template <typename Use>
+void build_rows(cf_id format, Use use) {
+  const auto add = [](wqd::CDataBlock& block, const Row& row) {
+    block.Add(kNumber, row.number);
+    block.Add(kSmall, row.small);
+    block.Add(kReal, row.real);
+    block.Add(kPrice, wqd::CFixPtNum(row.price, kBaseCode));
+    block.Add(kDate, row.date);
+    block.Add(kTime, row.time);
+    block.Add(kText, row.text.c_str());
+    block.AddError(kError, row.error);
+  };
+  build(format, rows(), add, use);
+}
+
+template <typename Use>
+void build_vectors(cf_id format, Use use) {
+  const auto add = [](wqd::CDataBlock& block, const VectorRow& row) {
+    block.AddLongVector(kNumber, row.numbers.data(), kElements);
+    block.AddDoubleVector(kReal, row.reals.data(), kElements);
+  };
+  build(format, vector_rows(), add, use);
+}
+
+using Blocks = std::vector<wqd::DataBlockPtr>;
+
+/// All blocks of a `Build`, which is one of the two above.
+template <typename Build>
+Blocks all_blocks(Build build) {
+  Blocks blocks;
+  build([&blocks](wqd::DataBlockPtr block) { blocks.push_back(std::move(block)); });
+  return blocks;
+}
+
+inline Blocks blocks_of_rows(cf_id format) {
+  return all_blocks([format](auto use) { build_rows(format, use); });
+}
+
+inline Blocks blocks_of_vectors(cf_id format) {
+  return all_blocks([format](auto use) { build_vectors(format, use); });
 }
 
 inline std::uint64_t digest(wqd::CDataItem& item) {
@@ -72,10 +113,25 @@ inline std::uint64_t walk(wqd::CDataBlock& block) {
   return sum;
 }
 
-/// A read-only block around the bytes of another one, which must outlive it.
-inline wqd::DataBlockPtr wrapped(wqd::CDataBlock& block, cf_id format) {
-  return wqd::DataBlockPtr(
-      wqd::CDataBlock::NewDataBlock(format, block.GetData(), block.GetDataSize()));
+inline std::uint64_t walk(const Blocks& blocks) {
+  std::uint64_t sum = 0;
+  for (const wqd::DataBlockPtr& block : blocks) sum += walk(*block);
+  return sum;
+}
+
+/// Read-only blocks around the bytes of others, which must outlive them.
+inline Blocks wrapped(const Blocks& blocks, cf_id format) {
+  Blocks all;
+  for (const wqd::DataBlockPtr& block : blocks) {
+    all.emplace_back(wqd::CDataBlock::NewDataBlock(format, block->GetData(), block->GetDataSize()));
+  }
+  return all;
+}
+
+/// Blocks that last as long as the program, wrapped around bytes that do.
+inline const Blocks& received(Blocks (*make)(cf_id), cf_id format) {
+  const Blocks& built = *new Blocks(make(format));
+  return *new Blocks(wrapped(built, format));
 }
 
 inline constexpr cf_id kRecordFormats[] = {ZUL3, ZUL4};

@@ -3,6 +3,7 @@
 #include <fmt/compile.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
@@ -78,7 +79,7 @@ void register_longs() {
 
 // A line of CSV has five fields: long, short, double, text and long price as a decimal.
 constexpr std::size_t kFieldsOfLine = 5;
-constexpr std::size_t kRoomOfLines = 10000 * 80;
+constexpr std::size_t kRoomOfLine = 80;
 
 /// Lines by way of `line`, which writes one at a place and tells where it ends.
 template <typename Line>
@@ -89,7 +90,7 @@ std::uint64_t write_lines(char* buffer, Line line) {
 }
 
 char* line_by_to_chars(const Row& row, char* at) {
-  char* const end = at + 80;
+  char* const end = at + kRoomOfLine;
   at = std::to_chars(at, end, row.number).ptr;
   *at++ = ',';
   at = std::to_chars(at, end, row.small).ptr;
@@ -109,27 +110,37 @@ char* line_by_fmt(const Row& row, char* at) {
 }
 
 char* line_by_snprintf(const Row& row, char* at) {
-  return at + std::snprintf(at, 80, "%d,%d,%.4f,%s,%.4f\n", row.number, row.small, row.real,
-                            row.text.c_str(), row.real / 2);
+  return at + std::snprintf(at, kRoomOfLine, "%d,%d,%.4f,%s,%.4f\n", row.number, row.small,
+                            row.real, row.text.c_str(), row.real / 2);
 }
 
-wqd::DataBlockPtr lines_of_fields(cf_id format) {
-  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(format));
+void add_fields_of_line(wqd::CDataBlock& block, const Row& row) {
+  block.Add(kNumber, row.number);
+  block.Add(kSmall, row.small);
+  block.Add(kReal, row.real);
+  block.Add(kText, row.text.c_str());
+  block.Add(kPrice, row.real / 2);
+}
+
+wqd::DataBlockPtr lines_of_fields() {
+  wqd::DataBlockPtr block(wqd::CDataBlock::NewDataBlock(CSV));
   for (const Row& row : rows()) {
     block->StartRecord();
-    block->Add(kNumber, row.number);
-    block->Add(kSmall, row.small);
-    block->Add(kReal, row.real);
-    block->Add(kText, row.text.c_str());
-    block->Add(kPrice, row.real / 2);
+    add_fields_of_line(*block, row);
     block->EndRecord();
   }
   block->Close();
   return block;
 }
 
+wqd::DataBlockPtr lines_of_block(wqd::CDataBlock& source) {
+  wqd::DataBlockPtr lines(wqd::CDataBlock::NewDataBlock(CSV));
+  lines->Add(&source);
+  return lines;
+}
+
 void register_peers_of_lines(const std::string& workload, const std::string& expected) {
-  static std::vector<char> buffer(kRoomOfLines);
+  static std::vector<char> buffer(rows().size() * kRoomOfLine);
   const auto add = [&](const char* name, char* (*line)(const Row&, char*)) {
     const std::uint64_t size = write_lines(buffer.data(), line);
     series(workload + name, rows().size() * kFieldsOfLine,
@@ -145,62 +156,63 @@ void register_lines() {
   const auto text_of = [](wqd::CDataBlock& block) {
     return std::string(static_cast<const char*>(block.GetData()));
   };
-  const std::string text = text_of(*lines_of_fields(CSV));
+  const std::string text = text_of(*lines_of_fields());
   const std::size_t items = rows().size() * kFieldsOfLine;
   const std::string fields = "CSV from fields", block = "CSV from a ZUL3 block";
-  series(fields + "/wqdata", items, true, [] { return lines_of_fields(CSV)->GetDataSize(); });
+  series(fields + "/wqdata", items, true, [] { return lines_of_fields()->GetDataSize(); });
   register_peers_of_lines(fields, text);
-  wqd::CDataBlock& source = *lines_of_fields(ZUL3).release();
-  const auto transfer = [&source] {
-    wqd::DataBlockPtr csv(wqd::CDataBlock::NewDataBlock(CSV));
-    csv->Add(&source);
-    return csv;
-  };
-  series(block + "/wqdata", items, text_of(*transfer()) == text,
-         [transfer] { return transfer()->GetDataSize(); });
+  const auto make = [](auto use) { build(ZUL3, rows(), add_fields_of_line, use); };
+  const Blocks& sources = *new Blocks(all_blocks(make));
+  std::string all;
+  for (const wqd::DataBlockPtr& source : sources) all += text_of(*lines_of_block(*source));
+  series(block + "/wqdata", items, all == text, [&sources] {
+    int bytes = 0;
+    for (const wqd::DataBlockPtr& source : sources) bytes += lines_of_block(*source)->GetDataSize();
+    return bytes;
+  });
   register_peers_of_lines(block, text);
 }
 
-/// Numbers as texts: those of the doubles, as "%.4f" and shortest.
+/// The doubles as texts. Items are large, and a program has few: data of another scale has no more
+/// of them, and reads them over and over.
 const std::vector<std::string>& number_texts() {
   static const std::vector<std::string> all = [] {
+    const std::size_t count = std::min(rows().size(), std::size_t{10000});
     std::vector<std::string> texts;
-    for (const Row& row : rows()) texts.push_back(fmt::format("{:.4f}", row.real));
+    for (std::size_t i = 0; i < count; ++i) texts.push_back(fmt::format("{:.4f}", rows()[i].real));
     return texts;
   }();
   return all;
 }
 
-template <typename Read>
-double read_all(Read read) {
+template <typename Texts, typename Read>
+double read_all(const Texts& texts, Read read) {
   double sum = 0;
-  for (const std::string& text : number_texts()) sum += read(text);
+  for (std::size_t i = 0; i < rows().size(); i += texts.size()) {
+    for (const auto& text : texts) sum += read(text);
+  }
   return sum;
 }
 
-template <typename Read>
-void register_read(const std::string& name, double sum, Read read) {
-  series(name, rows().size(), read_all(read) == sum, [read] { return read_all(read); });
+template <typename Texts, typename Read>
+void register_read(const char* name, double sum, const Texts& texts, Read read) {
+  series(std::string("Number from the text of an item/") + name, rows().size(),
+         read_all(texts, read) == sum, [&texts, read] { return read_all(texts, read); });
 }
 
 void register_reads() {
-  const std::string workload = "Number from the text of an item";
+  const std::vector<std::string>& texts = number_texts();
   const double sum =
-      read_all([](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
+      read_all(texts, [](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
   auto& items = *new std::vector<wqd::CDataItem>;
-  for (const std::string& text : number_texts()) items.emplace_back(kText, text.c_str(), -1);
-  const auto ours = [&items] {
-    double all = 0;
-    for (const wqd::CDataItem& item : items) all += item.GetFloat();
-    return all;
-  };
-  series(workload + "/wqdata", items.size(), ours() == sum, ours);
-  register_read(workload + "/fast_float", sum, [](const std::string& text) {
+  for (const std::string& text : texts) items.emplace_back(kText, text.c_str(), -1);
+  register_read("wqdata", sum, items, [](const wqd::CDataItem& item) { return item.GetFloat(); });
+  register_read("fast_float", sum, texts, [](const std::string& text) {
     double value = 0;
     fast_float::from_chars(text.data(), text.data() + text.size(), value);
     return value;
   });
-  register_read(workload + "/std::from_chars", sum, [](const std::string& text) {
+  register_read("std::from_chars", sum, texts, [](const std::string& text) {
     double value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
     return value;

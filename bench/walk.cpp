@@ -8,11 +8,11 @@ using namespace wqd_bench;
 namespace {
 
 void register_walk(const std::string& workload, std::size_t items, std::uint64_t sum,
-                   wqd::DataBlockPtr (*build)(cf_id)) {
+                   Blocks (*make)(cf_id)) {
   for (const cf_id format : kRecordFormats) {
-    wqd::CDataBlock& built = *build(format).release();  // its bytes outlive the run
-    wqd::CDataBlock& block = *wrapped(built, format).release();
-    series(our_name(workload, format), items, walk(block) == sum, [&block] { return walk(block); });
+    const Blocks& blocks = received(make, format);
+    series(our_name(workload, format), items, walk(blocks) == sum,
+           [&blocks] { return walk(blocks); });
   }
 }
 
@@ -33,23 +33,25 @@ void register_peers(const std::string& workload, std::size_t items, std::uint64_
 /// they stand is a row of its own.
 void register_walks() {
   const std::size_t fields = rows().size() * kFieldsOfRow;
-  register_walk("Walk every field", fields, digest_of_rows(), build_rows);
+  register_walk("Walk every field", fields, digest_of_rows(), blocks_of_rows);
   register_peers<Vectors::kCopied>("Walk every field", fields, digest_of_rows(), pack_rows,
                                    append_rows);
   const std::size_t vectors = vector_rows().size() * 2;
   const std::uint64_t sum = digest_of_vectors();
-  register_walk("Walk vectors of 256", vectors, sum, build_vectors);
+  register_walk("Walk vectors of 256", vectors, sum, blocks_of_vectors);
   register_peers<Vectors::kCopied>("Walk vectors of 256", vectors, sum, pack_vectors,
                                    append_vectors);
   register_peers<Vectors::kInPlace>("Walk vectors, bytes in place", vectors, sum, pack_vectors,
                                     append_vectors);
 }
 
-std::uint64_t find(wqd::CDataBlock& block) {
+std::uint64_t find(const Blocks& blocks) {
   std::uint64_t sum = 0;
   wqd::CDataItem item;
-  for (bool more = block.FirstRecord(); more; more = block.NextRecord()) {
-    if (block.FindField(kPrice) && block.GetCurrentField(&item)) sum += digest(item);
+  for (const wqd::DataBlockPtr& block : blocks) {
+    for (bool more = block->FirstRecord(); more; more = block->NextRecord()) {
+      if (block->FindField(kPrice) && block->GetCurrentField(&item)) sum += digest(item);
+    }
   }
   return sum;
 }
@@ -93,9 +95,9 @@ void register_find() {
   for (const Row& row : rows()) sum += digest(row.price);
   const std::size_t items = rows().size();
   for (const cf_id format : kRecordFormats) {
-    wqd::CDataBlock& built = *build_rows(format).release();
-    wqd::CDataBlock& block = *wrapped(built, format).release();
-    series(our_name(workload, format), items, find(block) == sum, [&block] { return find(block); });
+    const Blocks& blocks = received(blocks_of_rows, format);
+    series(our_name(workload, format), items, find(blocks) == sum,
+           [&blocks] { return find(blocks); });
   }
   auto& bson = *new Bson;
   append_rows(bson);

@@ -17,8 +17,8 @@ void* grown(void* bytes, std::uint32_t& capacity, std::uint64_t needed, const vo
   if (needed <= capacity) return bytes;
   const std::uintptr_t offset = source == nullptr ? UINTPTR_MAX : address(*source) - address(bytes);
   const bool within = offset < capacity;
-  const std::uint64_t half = std::uint64_t{capacity} + capacity / 2;
-  std::uint64_t size = std::min(std::max(half, needed), kLargestBlock);
+  const std::uint64_t twice = std::uint64_t{capacity} * 2;
+  std::uint64_t size = std::min(std::max(twice, needed), kLargestBlock);
   void* moved = std::realloc(bytes, static_cast<std::size_t>(size));
   if (moved == nullptr && size > needed) {
     size = needed;
