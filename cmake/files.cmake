@@ -24,6 +24,7 @@ set(wqdata_internal_headers
   wqdata/service/basecode.h
   wqdata/service/bigzul3.h
   wqdata/service/clock.h
+  wqdata/service/digits.h
   wqdata/service/fieldlayout.h
   wqdata/service/fraction.h
   wqdata/service/littleendian.h

@@ -106,6 +106,34 @@ TEST(Growth, StepsAndLogLine) {
   }
 }
 
+/// Numbers are written in place where room is plenty, and by way of their text where it is not.
+TEST(Growth, NumbersAreWrittenAsTheirTextsAre) {
+  const auto expect_same = [](std::size_t used, auto number) {
+    CDataItem item(FID{1}, number);
+    const std::string start = Letters(used), text = CDataItem(item).GetString();
+    for (const bool first : {true, false}) {
+      const DataBlockPtr blocks[] = {NewBlock(CSV), NewBlock(CSV), NewBlock(CSV)};
+      for (const DataBlockPtr& block : blocks) {
+        ASSERT_TRUE(block->Add(FID{1}, start.c_str()) && (!first || block->StartRecord()));
+      }
+      const Shortage none;
+      const bool done = blocks[0]->Add(FID{1}, text.c_str());
+      EXPECT_EQ(blocks[1]->Add(FID{1}, number), done) << text << " behind " << used;
+      EXPECT_EQ(blocks[2]->Add(item), done) << text << " behind " << used;
+      for (const DataBlockPtr& block : blocks) {
+        EXPECT_EQ(BytesOf(*block) == start + (first ? "" : ",") + text, done) << text;
+        EXPECT_EQ(block->GetFieldCount(), (first ? 0 : 1) + (done ? 1 : 0));
+      }
+    }
+  };
+  const LogCapture log;
+  for (std::size_t used = 65490; used < 65536; ++used) {
+    expect_same(used, INT32_MIN + 1), expect_same(used, 0), expect_same(used, INT32_MIN);
+    expect_same(used, -450359962736.5), expect_same(used, 450359962738.0);
+    expect_same(used, std::int16_t{-1});
+  }
+}
+
 TEST(Growth, BytesOfTheBlockItselfAreTakenAsTheyStoodThere) {
   const std::string text(40, 'y');
   for (const cf_id format : kBinaryFormats) {

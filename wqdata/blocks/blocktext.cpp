@@ -109,10 +109,11 @@ bool CTextBlock::AddBlock(CDataBlock* source, int vsize) {
 /// False when the block is full: what would follow finds no room either, and there may be no end of
 /// it.
 bool CTextBlock::AddLine(CDataBlock& source) {
+  const CDataItem unread;
+  CDataItem item;
   StartRecord();
   for (bool more = source.FirstField(); more; more = source.NextField()) {
-    CDataItem item;
-    source.GetCurrentField(&item);
+    if (!source.GetCurrentField(&item)) item = unread;
     if (Add(item)) continue;
     service::log_message(
         service::kLevelFailed,

@@ -3,10 +3,12 @@
 
 #include <wqdata/blocks/textblock.h>
 #include <wqdata/items/dataitem.h>
+#include <wqdata/service/digits.h>
 #include <wqdata/service/memory.h>
 #include <wqdata/service/operations.h>
 #include <wqdata/service/text.h>
 #include <wqdata/textsupport/myparser.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
@@ -62,8 +64,30 @@ bool CTextBlock::EndRecord() {
   return true;
 }
 
+bool CTextBlock::Add(FID id, double value) {
+  return (!is_missing(value) && PutDouble(value)) || CDataBlock::Add(id, value);
+}
+
+bool CTextBlock::Add(FID id, std::int32_t value) {
+  return (!is_missing(value) && PutLong(value)) || CDataBlock::Add(id, value);
+}
+
+bool CTextBlock::Add(FID id, std::int16_t value) {
+  return (!is_missing(value) && PutLong(value)) || CDataBlock::Add(id, value);
+}
+
 bool CTextBlock::Add(CDataItem& item) {
-  if (item.GetType() == TYPE_STRING) return AddValue(item.GetString());
+  switch (item.GetType()) {
+    case TYPE_STRING: return AddValue(item.GetString());
+    case TYPE_DOUBLE:
+      if (PutDouble(item.GetFloat())) return true;
+      break;
+    case TYPE_LONG:
+    case TYPE_INT:
+      if (PutLong(item.GetLong())) return true;
+      break;
+    default: break;
+  }
   service::NumberText text;
   const int length = item.Print(text.data(), static_cast<int>(text.size()));
   return AddValue({text.data(), static_cast<std::size_t>(length)});
@@ -77,13 +101,49 @@ bool CTextBlock::Close() {
   return true;
 }
 
-/// Room for separator and value is made before either is written: a refused field leaves no trace.
+/// Where a value of up to `length` bytes can be written, behind its separator; null where the block
+/// refuses it or may have to grow, and every byte must be counted. The value is added by `EndValue`
+/// alone, which counts what is there by then.
+char* CTextBlock::BeginValue(std::size_t length) {
+  const std::size_t room = m_allocSize - m_used;
+  if (m_readOnly || room < 2 || room - 2 <= length) return nullptr;
+  m_data[m_used] = Separator();
+  return m_data + m_used + (m_fieldCount == 0 ? 0 : 1);
+}
+
+bool CTextBlock::EndValue(const char* end) {
+  m_used = static_cast<std::uint32_t>(end - m_data);
+  ++m_fieldCount;
+  return true;
+}
+
+/// False where there may be no room, with nothing added.
+bool CTextBlock::PutLong(std::int32_t value) {
+  char* const at = BeginValue(service::kDigitsRoom);
+  return at != nullptr && EndValue(service::put_long(at, value));
+}
+
+/// The same, and for a double of another text than most.
+bool CTextBlock::PutDouble(double value) {
+  char* const at = service::is_usual(value) ? BeginValue(service::kDigitsRoom) : nullptr;
+  return at != nullptr && EndValue(service::put_double(at, value));
+}
+
 bool CTextBlock::AddValue(std::string_view text) {
+  char* const at = BeginValue(text.size());
+  if (at == nullptr) return AddWithGrowth(text);
+  if (!text.empty()) std::memcpy(at, text.data(), text.size());
+  return EndValue(at + text.size());
+}
+
+/// Room for separator and value is made before either is written: a refused field leaves no trace.
+bool CTextBlock::AddWithGrowth(std::string_view text) {
   if (m_readOnly) return false;
-  const std::string_view separator = m_fieldCount == 0 ? "" : m_format == CSV ? "," : "\t";
+  const char separator = Separator();
+  const std::size_t separators = m_fieldCount == 0 ? 0 : 1;
   const void* source = text.data();  // the block's own bytes, it may be
-  if (!MakeRoom(separator.size(), text.size(), &source)) return false;
-  Put(separator);
+  if (!MakeRoom(separators, text.size(), &source)) return false;
+  Put({&separator, separators});
   Put({static_cast<const char*>(source), text.size()});
   ++m_fieldCount;
   return true;

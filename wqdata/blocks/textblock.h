@@ -41,6 +41,9 @@ class CTextBlock final : public CDataBlock {
   int GetFieldCount() override;
   bool StartRecord() override;
   bool EndRecord() override;
+  bool Add(FID id, double value) override;
+  bool Add(FID id, std::int32_t value) override;
+  bool Add(FID id, std::int16_t value) override;
   bool Add(CDataItem& item) override;
   bool Add(FID id, const char* text) override;
   bool Close() override;
@@ -71,7 +74,13 @@ class CTextBlock final : public CDataBlock {
   bool AddRows(CDataBlock& source, int rows);
   static std::vector<Column> ReadColumns(CDataBlock& source);
   bool AddCell(Column& column, int row);
+  char Separator() const { return m_format == CSV ? ',' : '\t'; }
+  char* BeginValue(std::size_t length);
+  bool EndValue(const char* end);
+  bool PutLong(std::int32_t value);
+  bool PutDouble(double value);
   bool AddValue(std::string_view text);
+  bool AddWithGrowth(std::string_view text);
   bool Append(std::string_view bytes);
   void Put(std::string_view bytes);
   static Growth GrownFor(std::uint64_t length, std::uint64_t size);

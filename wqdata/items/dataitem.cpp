@@ -192,14 +192,13 @@ const char* CDataItem::ConvertToString() const {
 }
 
 int CDataItem::Print(char* buffer, int size) const {
-  service::NumberText room;
   switch (m_type) {
-    case TYPE_DOUBLE:
+    case TYPE_DOUBLE: {
+      service::NumberText room;
       return service::put_text(service::fixed_text(m_value.asDouble, room), buffer, size);
-    case TYPE_LONG:
-      return service::put_text(service::decimal_text(m_value.asLong, room), buffer, size);
-    case TYPE_INT:
-      return service::put_text(service::decimal_text(m_value.asShort, room), buffer, size);
+    }
+    case TYPE_LONG: return service::put_decimal(m_value.asLong, buffer, size);
+    case TYPE_INT: return service::put_decimal(m_value.asShort, buffer, size);
     case TYPE_LPACK: return m_value.asPrice.Print(buffer, size);
     case TYPE_DATE: return CZulDate(m_value.asDate).Print(buffer, size);
     case TYPE_TIME: return CZulTime(m_value.asTime).Print(buffer, size);

@@ -6,8 +6,8 @@
 #ifndef WQDATA_SERVICE_ROUNDING_H_
 #define WQDATA_SERVICE_ROUNDING_H_
 
+#include <bit>
 #include <cfloat>
-#include <cmath>
 #include <cstdint>
 
 #include <wqdata/service/basecode.h>
@@ -28,19 +28,29 @@ constexpr std::uint64_t half_rounded_up(std::uint64_t twice) { return (twice + 1
 /// are calculated as doubles; elsewhere there are none.
 inline constexpr double kLargestProduct = FLT_EVAL_METHOD == 0 ? 0x1p52 : 0.0;
 
-/// The whole number nearest to the exact product of two numbers above 0, which is below
-/// `kLargestProduct`; of a half the upper one when `up(lower)`. The product itself is rounded, by
-/// less than anything that can lie between a fraction and a half: only at a half it matters which
-/// way.
+/// What `magnitude` × `factor` has above `product`, its rounded value: exact where the product lies
+/// between 0.5 and `kLargestProduct`, and the factor has at most 26 significant bits. Each part of
+/// the magnitude times the factor is then exact, and what is left of the sum fits in a double.
+inline double lost_by_rounding(double magnitude, double factor, double product) {
+  constexpr std::uint64_t kUpperBits = ~std::uint64_t{0} << 27;
+  const auto upper = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) & kUpperBits);
+  return (upper * factor - product) + (magnitude - upper) * factor;
+}
+
+/// The whole number nearest to the exact product of a number not below 0 and a scale's factor, up
+/// to 10^8, which is below `kLargestProduct`; of a half the upper one when `up(lower)`. The product
+/// itself is rounded, by less than anything that can lie between a fraction and a half: only at a
+/// half it matters which way. Nothing branches, since prices halved and averaged are often halves.
 template <typename Up>
 std::uint64_t nearest_product(double magnitude, double factor, Up up) {
   const double product = magnitude * factor;
-  const auto whole = static_cast<std::uint64_t>(product);
+  const auto whole = static_cast<std::int64_t>(product);  // signed: one instruction each way
   const double fraction = product - static_cast<double>(whole);
-  if (fraction != 0.5) return fraction > 0.5 ? whole + 1 : whole;
-  const double lost = std::fma(magnitude, factor, -product);
-  if (lost == 0.0) return up(whole) ? whole + 1 : whole;
-  return lost > 0.0 ? whole + 1 : whole;
+  const double lost = lost_by_rounding(magnitude, factor, product);
+  const auto lower = static_cast<std::uint64_t>(whole);
+  const int aboveHalf = int{fraction > 0.5} | (int{fraction == 0.5} & int{lost > 0.0});
+  const int atHalf = int{fraction == 0.5} & int{lost == 0.0} & int{up(lower)};
+  return lower + static_cast<std::uint64_t>(aboveHalf | atHalf);
 }
 
 /// A price of `magnitude` and sign; MISSING_LONG for one beyond 32 bits.

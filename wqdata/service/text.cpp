@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include <wqdata/service/rounding.h>
+#include <wqdata/service/digits.h>
 #include <wqdata/service/text.h>
 
 namespace wqd::service {
@@ -65,41 +65,6 @@ bool read_magnitude(const char* text, double& value) {
   return hex || error != std::errc::invalid_argument;
 }
 
-/// Two digits at a time: half as many divisions.
-constexpr char kPairsOfDigits[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-    "8081828384858687888990919293949596979899";
-
-char* put_pair_before(char* end, std::uint64_t number) {
-  end -= 2;
-  std::memcpy(end, kPairsOfDigits + 2 * number, 2);
-  return end;
-}
-
-/// Writes the digits of a number so that they end at `end`. Where they begin.
-char* put_digits_before(char* end, std::uint64_t number) {
-  for (; number >= 100; number /= 100) end = put_pair_before(end, number % 100);
-  if (number >= 10) return put_pair_before(end, number);
-  *--end = static_cast<char>('0' + number);
-  return end;
-}
-
-constexpr int kUsualDecimals = 4;
-constexpr double kUsualScale = 10000;
-
-std::string_view usual_text(double value, NumberText& room) {
-  const auto isOdd = [](std::uint64_t lower) { return lower % 2 == 1; };
-  const std::uint64_t scaled = nearest_product(std::abs(value), kUsualScale, isOdd);
-  char* const end = room.data() + room.size();
-  char* begin = put_pair_before(end, scaled % 100);
-  begin = put_pair_before(begin, scaled / 100 % 100);
-  *--begin = '.';
-  begin = put_digits_before(begin, scaled / 10000);
-  if (std::signbit(value)) *--begin = '-';
-  return {begin, static_cast<std::size_t>(end - begin)};
-}
-
 }  // namespace
 
 int put_text(std::string_view text, char* buffer, int size) {
@@ -112,19 +77,25 @@ int put_text(std::string_view text, char* buffer, int size) {
 }
 
 std::string_view fixed_text(double value, NumberText& room, int decimals) {
-  if (decimals == kUsualDecimals && std::abs(value) * kUsualScale < kLargestProduct) {
-    return usual_text(value, room);
-  }
   char* const begin = room.data();
   const char* const end =
-      std::to_chars(begin, begin + room.size(), value, std::chars_format::fixed, decimals).ptr;
+      decimals == kUsualDecimals && is_usual(value)
+          ? put_double(begin, value)
+          : std::to_chars(begin, begin + room.size(), value, std::chars_format::fixed, decimals)
+                .ptr;
   return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-std::string_view decimal_text(std::int32_t value, NumberText& room) {
-  char* const begin = room.data();
-  const char* const end = std::to_chars(begin, begin + room.size(), value).ptr;
-  return {begin, static_cast<std::size_t>(end - begin)};
+int put_decimal(std::int32_t value, char* buffer, int size) {
+  constexpr int kLongest = 11;
+  std::array<char, kLongest> room;
+  const bool fits = size > kLongest;
+  char* const begin = fits ? buffer : room.data();
+  char* const end = std::to_chars(begin, begin + kLongest, value).ptr;
+  const auto length = static_cast<std::size_t>(end - begin);
+  if (!fits) return put_text({begin, length}, buffer, size);
+  *end = '\0';
+  return static_cast<int>(length);
 }
 
 TextWriter& TextWriter::Put(char c) {

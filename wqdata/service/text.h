@@ -22,8 +22,8 @@ using NumberText = std::array<char, 328>;
 /// view is into `room`.
 std::string_view fixed_text(double value, NumberText& room, int decimals = 4);
 
-/// What printf writes for "%d". The view is into `room`.
-std::string_view decimal_text(std::int32_t value, NumberText& room);
+/// `put_text` of what printf writes for "%d".
+int put_decimal(std::int32_t value, char* buffer, int size);
 
 /// Composes a short text of numbers and signs: 63 characters at the most, which no date, time or
 /// price exceeds.

@@ -1,0 +1,88 @@
+/// Decimal digits, eight of them in one word. A loop that ends with a number's last digit ends
+/// elsewhere for each number, which processors don't foresee: here next to nothing branches.
+#ifndef WQDATA_SERVICE_DIGITS_H_
+#define WQDATA_SERVICE_DIGITS_H_
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include <wqdata/service/littleendian.h>
+#include <wqdata/service/rounding.h>
+
+namespace wqd::service {
+
+/// What the functions below may write to, however short their text: whole words, not digits.
+inline constexpr std::size_t kDigitsRoom = 32;
+
+inline constexpr std::uint64_t kEightDigits = 100'000'000;
+inline constexpr std::uint64_t kZeros = 0x3030303030303030;  // as characters
+
+/// The digits of a number below `kEightDigits`, a byte each, the first one in the lowest. It is
+/// parted into halves, pairs and single digits, all of a kind at once; the quotients are those of
+/// the division by 100 and by 10, exact for as many digits as there are.
+constexpr std::uint64_t eight_digits(std::uint64_t number) {
+  const std::uint64_t halves = number / 10000 | (number % 10000) << 32;
+  const std::uint64_t upperPairs = halves * 10486 >> 20 & 0x0000007F0000007F;
+  const std::uint64_t pairs = upperPairs | (halves - 100 * upperPairs) << 16;
+  const std::uint64_t upperDigits = pairs * 103 >> 10 & 0x000F000F000F000F;
+  return upperDigits | (pairs - 10 * upperDigits) << 8;
+}
+
+inline void put_word(char* at, std::uint64_t characters) {
+  characters = in_record_order(characters);
+  std::memcpy(at, &characters, sizeof characters);
+}
+
+/// Writes `digits` without the zeros in front, but `least` of them at least, 1 to 8. Where they
+/// end.
+inline char* put_without_zeros(char* at, std::uint64_t digits, int least) {
+  const int skipped = std::min(std::countr_zero(digits) / 8, 8 - least);
+  put_word(at, (digits | kZeros) >> 8 * skipped);
+  return at + 8 - skipped;
+}
+
+/// Writes a number below 10^16 with a point in front of its last `decimals` digits, 0 to 8, and a
+/// digit at least in front of the point. Where the text ends: no NUL.
+inline char* put_scaled(char* at, std::uint64_t number, int decimals) {
+  std::uint64_t last = eight_digits(number % kEightDigits);
+  if (number < kEightDigits && decimals < 8) {
+    at = put_without_zeros(at, last, decimals + 1);
+  } else {
+    at = put_without_zeros(at, eight_digits(number / kEightDigits), 1);
+    put_word(at, last | kZeros);
+    at += 8;
+  }
+  if (decimals == 0) return at;
+  at[-decimals] = '.';
+  put_word(at - decimals + 1, (last | kZeros) >> 8 * (8 - decimals));
+  return at + 1;
+}
+
+/// Writes what printf writes for "%d", without the NUL. Where the text ends.
+inline char* put_long(char* at, std::int32_t value) {
+  const auto bits = static_cast<std::uint32_t>(value);
+  *at = '-';
+  return put_scaled(at + (value < 0), value < 0 ? 0 - bits : bits, 0);
+}
+
+inline constexpr int kUsualDecimals = 4;
+inline constexpr double kUsualScale = 10000;
+
+/// True for a double that `put_double` writes: all but an infinity, a NaN and the largest.
+inline bool is_usual(double value) { return std::abs(value) * kUsualScale < kLargestProduct; }
+
+/// The same for "%.4f" of such a double.
+inline char* put_double(char* at, double value) {
+  const auto isOdd = [](std::uint64_t lower) { return lower % 2 == 1; };
+  const std::uint64_t scaled = nearest_product(std::abs(value), kUsualScale, isOdd);
+  *at = '-';
+  return put_scaled(at + std::signbit(value), scaled, kUsualDecimals);
+}
+
+}  // namespace wqd::service
+
+#endif  // WQDATA_SERVICE_DIGITS_H_
