@@ -123,6 +123,10 @@ void expect_same_numbers(const std::string& text) {
   EXPECT_EQ(scanned, expected);
   EXPECT_EQ(text_to_int(begin), expected);
   const double real = text_to_double(begin);
+  double plain = 0.5;
+  const bool isPlain = read_plain_number(begin, plain);
+  EXPECT_EQ(Exact(plain), Exact(isPlain ? real : 0.5));
+  EXPECT_TRUE(!isPlain || text.find_first_not_of("-.0123456789") == std::string::npos);
   const InLocale usual;
   EXPECT_EQ(Exact(real), Exact(std::strtod(begin, nullptr)));
 }
@@ -135,7 +139,9 @@ TEST(Number, ReadsAsTheCLibraryDoes) {
       "1e308|1e309|-1e309|1.7976931348623158e308|1.7976931348623159e308|1e-400|-1e-400|4.9e-324|"
       "2.5e-324|2.4e-324|0e99999999999|1e99999999999|1e-99999999999|inf|-INFINITY|infinit|nan|-nan|"
       "NaN(1)x|in|0x|0x1p3|-0X1.8P-1|0x.8|0x.|0xp1|0x-1|0x+1|0xinf|0xnan|0x1p|0x1p1024|0x1p-1075|"
-      "0x1.8p-1075|0x0x1|0x1.fffffffffffff8p0|0xabcdefg|0xfp+-2|1e+-2");
+      "999999999999999|-99999999999999.9|0.00000000000001|9007199254740993|1.000000000000001|1.2.3|"
+      "18446744073709551617|-0.0|1/"
+      "2|1^08|0x1.8p-1075|0x0x1|0x1.fffffffffffff8p0|0xabcdefg|0xfp+-2|1e+-2");
   for (std::string text; std::getline(texts, text, '|');) expect_same_numbers(text);
   const std::string zeros(400, '0');
   for (const std::string& text :
@@ -153,6 +159,8 @@ TEST(Number, ReadsRandomTextsAsTheCLibraryDoes) {
     for (char& c : text) c = characters[static_cast<std::size_t>(random() % characters.size())];
     expect_same_numbers(text);
     expect_same_numbers(Exact(std::bit_cast<double>(random())));
+    std::string digits = std::to_string(random() >> random() % 64);
+    expect_same_numbers(digits.insert(random() % (digits.size() + 1), 1, '.'));
   }
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -147,6 +148,32 @@ std::int32_t text_to_int(const char* text) {
   std::int32_t value = 0;
   scan_int(text, value);
   return value;
+}
+
+bool read_plain_number(const char* text, double& value) {
+  constexpr std::ptrdiff_t kMostExact = 15;  // digits that a double holds as they are
+  if constexpr (FLT_EVAL_METHOD != 0) return false;
+  std::uint64_t digits = 0;  // too many of them overflow, and are refused
+  const auto read_digits = [&digits](const char* at) {
+    for (; is_digit(*at); ++at) digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
+    return at;
+  };
+  const bool negative = *text == '-';
+  const char* const whole = text + (negative ? 1 : 0);
+  const char* end = read_digits(whole);
+  std::ptrdiff_t count = end - whole;
+  std::ptrdiff_t decimals = 0;
+  if (*end == '.') {
+    const char* const point = end;
+    end = read_digits(point + 1);
+    decimals = end - point - 1;
+    count += decimals;
+  }
+  if (*end != '\0' || count == 0 || count > kMostExact) return false;
+  const auto power = static_cast<double>(kPowersOfTen[static_cast<std::size_t>(decimals)]);
+  const double magnitude = static_cast<double>(static_cast<std::int64_t>(digits)) / power;
+  value = negative ? -magnitude : magnitude;
+  return true;
 }
 
 double text_to_double(const char* text) {
