@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cinttypes>
 #include <cstring>
 
@@ -33,7 +34,8 @@ CTextBlock::Growth CTextBlock::GrownFor(std::uint64_t length, std::uint64_t size
 
 CTextBlock::CTextBlock(cf_id format) { m_format = format; }
 
-CTextBlock::CTextBlock(void* data) : m_data(static_cast<char*>(data)), m_record(m_data) {
+CTextBlock::CTextBlock(void* data)
+    : m_data(static_cast<char*>(data)), m_record(m_data), m_parser(m_data, kPairDelimiters) {
   m_format = TEXT;
   m_readOnly = data != nullptr;
   m_terminated = m_readOnly;
@@ -186,6 +188,7 @@ bool CTextBlock::Grow(const Growth& growth, const void** source) {
   m_allocSize = static_cast<std::uint32_t>(growth.size);
   m_terminated = m_terminated && !firstBuffer;
   m_record = m_field = m_nextField = nullptr;  // they pointed into the former buffer
+  m_parser = CMyParser(m_data, kPairDelimiters);
   return true;
 }
 
@@ -238,14 +241,36 @@ FID CTextBlock::GetCurrentFieldId() {
 bool CTextBlock::ReadPair(FID& id, CDataItem* item) {
   m_nextField = nullptr;
   if (m_field == nullptr) return false;
-  CMyParser parser(m_field, kPairDelimiters);
-  char token[CMyParser::kFieldBufferSize];
-  if (!parser.NextField(token)) return false;
-  id = static_cast<FID>(service::text_to_int(token));
-  if (!parser.NextField(token)) return false;
-  if (item != nullptr) item->Set(id, token, -1);
-  m_nextField = parser.GetInputPosition();
+  m_parser.MoveTo(m_field);
+  char room[CMyParser::kFieldBufferSize];
+  const std::string_view token = m_parser.Next(room);
+  if (token.data() == nullptr) return false;
+  id = IdOf(token);
+  const std::string_view value = m_parser.Next(room);
+  if (value.data() == nullptr) return false;
+  if (item != nullptr && value == kMissingText) {
+    item->SetError(id, kMissing);
+  } else if (item != nullptr) {
+    item->SetText(id, value.data(), value.size());
+  }
+  m_nextField = m_parser.GetInputPosition();
   return true;
+}
+
+/// The low 16 bits of what `atoi` makes of a token, which is a few digits as a rule.
+FID CTextBlock::IdOf(std::string_view token) {
+  constexpr std::size_t kFewDigits = 9;
+  std::uint32_t number = 0;
+  const auto take = [&number](char c) {
+    number = number * 10 + static_cast<std::uint32_t>(c - '0');
+    return c >= '0' && c <= '9';
+  };
+  if (token.size() <= kFewDigits && std::all_of(token.begin(), token.end(), take)) {
+    return static_cast<FID>(number);
+  }
+  char text[CMyParser::kFieldBufferSize];
+  text[token.copy(text, sizeof text - 1)] = '\0';
+  return static_cast<FID>(service::text_to_int(text));
 }
 
 }  // namespace wqd

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <wqdata/blocks/datablock.h>
+#include <wqdata/textsupport/myparser.h>
 
 namespace wqd {
 
@@ -87,6 +88,7 @@ class CTextBlock final : public CDataBlock {
   bool MakeRoom(std::uint64_t separator, std::uint64_t text, const void** source = nullptr);
   bool Grow(const Growth& growth, const void** source);
   bool ReadPair(FID& id, CDataItem* item);
+  static FID IdOf(std::string_view token);
 
   char* m_data = nullptr;         // the caller's while m_reserved is 0, else this block's
   std::uint32_t m_allocSize = 0;  // bytes in use or free to use, a multiple of the growth step
@@ -98,6 +100,7 @@ class CTextBlock final : public CDataBlock {
   const char* m_nextField = nullptr;  // null until the current field has been read
   std::uint32_t m_reserved = 0;       // bytes behind m_data, at least m_allocSize
   bool m_terminated = false;          // a NUL ends the text at or behind m_data
+  CMyParser m_parser;                 // of the text at m_data, wherever in it
 };
 
 }  // namespace wqd

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <iterator>
 #include <string_view>
@@ -12,30 +11,33 @@ namespace {
 
 constexpr const char* kDefaultDelimiters = ",\n";
 
-constexpr std::ptrdiff_t kRun = 16;
-constexpr std::uint32_t kFirstAhead = 64;
-constexpr std::uint32_t kMostAhead = 4096;
+bool is_trimmed(char c) {
+  return static_cast<unsigned char>(c) <= ' ' &&  // as few are that begin or end a field
+         (c == ' ' || c == '\t' || c == '\r' || c == '\n');
+}
 
-bool is_trimmed(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-/// Most fields have no blank at an end, and none of those is above a space.
 inline std::string_view trimmed(std::string_view text) {
-  const auto is_bare = [](char c) { return static_cast<unsigned char>(c) > ' '; };
-  if (!text.empty() && is_bare(text.front()) && is_bare(text.back())) return text;
   while (!text.empty() && is_trimmed(text.front())) text.remove_prefix(1);
   while (!text.empty() && is_trimmed(text.back())) text.remove_suffix(1);
   return text;
 }
 
-/// False, with `field` empty, when there is no memory.
-bool assign(std::string& field, std::string_view text) {
-  try {
-    field = text;
-    return true;
-  } catch (...) {
-    field.clear();
-    return false;
-  }
+/// What a std::string holds without an allocation.
+constexpr int kShortLength = 15;
+
+constexpr std::uint64_t kOnes = 0x0101010101010101;
+constexpr std::uint64_t kLow7Bits = 0x7F * kOnes;
+constexpr std::uint64_t kHighBits = 0x80 * kOnes;
+
+/// Eight characters of a text, the first in the lowest byte.
+std::uint64_t load_word(const char* at) {
+  return service::load<std::uint64_t>(reinterpret_cast<const std::uint8_t*>(at));
+}
+
+/// The high bit of each character of a word that `beyond` does not lift to it by its low 7 bits. No
+/// sum carries into the next byte.
+std::uint64_t not_beyond(std::uint64_t word, std::uint64_t beyond) {
+  return ~((word & kLow7Bits) + beyond) & kHighBits;
 }
 
 const char* or_default(const char* delimiters) {
@@ -59,7 +61,11 @@ class CMyParser::FieldText {
     m_length += kept;
   }
 
-  std::string_view Trimmed() const { return trimmed({m_buffer, m_length}); }
+  /// With a NUL somewhere behind it.
+  std::string_view Trimmed() {
+    m_buffer[m_length] = '\0';
+    return trimmed({m_buffer, m_length});
+  }
 
  private:
   char* m_buffer;
@@ -69,7 +75,7 @@ class CMyParser::FieldText {
 CMyParser::CMyParser() { SetDelimiters(kDefaultDelimiters); }
 
 CMyParser::CMyParser(const char* text, const char* delimiters)
-    : m_position(text), m_atEnd(text == nullptr), m_known(text) {
+    : m_position(text), m_atEnd(text == nullptr), m_scanned(text) {
   SetDelimiters(or_default(delimiters));
 }
 
@@ -78,124 +84,10 @@ CMyParser::CMyParser(std::FILE* stream, const char* delimiters)
   SetDelimiters(or_default(delimiters));
 }
 
-/// Whether sixteen characters of the text from `at` on are there. Each time farther than before, so
-/// that all of a long text is looked through about once, and no more of it than its fields for a
-/// reader of one.
-bool CMyParser::LooksAhead(const char* at) {
-  if (!m_searchable) return false;
-  m_known = std::max(m_known, at);
-  const void* const end = std::memchr(m_known, 0, m_ahead);
-  m_known = end != nullptr ? static_cast<const char*>(end) : m_known + m_ahead;
-  m_ahead = std::clamp(2 * m_ahead, kFirstAhead, kMostAhead);
-  return m_known - at >= kRun;
-}
-
-/// The first character from `at` on that is more than a part of a field, among the sixteen that are
-/// known to be there; null for none. Compilers make a few vector operations of the loop, and few
-/// fields are longer: the processor then has no end of a loop to guess.
-inline const char* CMyParser::FindInRun(const char* at) const {
-  std::array<std::uint8_t, kRun> marks;
-  for (std::size_t i = 0; i < marks.size(); ++i) {
-    const bool special = (at[i] == m_searched[0][i]) | (at[i] == m_searched[1][i]) |
-                         (at[i] == m_searched[2][i]) | (at[i] == m_searched[3][i]);
-    marks[i] = special ? 0xFF : 0;
-  }
-  const auto first = service::load<std::uint64_t>(marks.data());
-  const auto second = service::load<std::uint64_t>(marks.data() + sizeof first);
-  if (first != 0) return at + service::first_marked(first);
-  return second != 0 ? at + sizeof first + service::first_marked(second) : nullptr;
-}
-
-/// The same at any distance, near the end of the text too.
-[[gnu::noinline]] const char* CMyParser::FindSpecial(const char* at) {
-  for (; m_known - at >= kRun || LooksAhead(at); at += kRun) {
-    const char* const found = FindInRun(at);
-    if (found != nullptr) return found;
-  }
-  while (IsOrdinary(*at)) ++at;
-  return at;
-}
-
-/// The quote of a text that ends the field whose opening quote is at `at`, with a delimiter or the
-/// text's end behind it; null where it is not at hand, or something else is behind it.
-const char* CMyParser::FindClosingQuote(const char* at) const {
-  if (m_known <= at) return nullptr;
-  const void* const found = std::memchr(at + 1, '"', static_cast<std::size_t>(m_known - at - 1));
-  const auto* const quote = static_cast<const char*>(found);
-  return quote != nullptr && EndsField(quote[1]) ? quote : nullptr;
-}
-
-/// Takes a field of a text that lies there as it is: no CR in it, and no quote but one at each end.
-/// False for another, with nothing taken.
-inline bool CMyParser::TakeInPlace(std::string_view& field) {
-  const char* begin = m_position;
-  if (begin == nullptr) return false;
-  const char* end = m_known - begin >= kRun ? FindInRun(begin) : nullptr;
-  if (end == nullptr) end = FindSpecial(begin);
-  const char* behind = end;
-  if (!EndsField(*end)) {
-    if (end != begin || *end != '"') return false;
-    end = FindClosingQuote(begin++);
-    if (end == nullptr) return false;
-    behind = end + 1;
-  }
-  const auto length = static_cast<std::size_t>(end - begin);
-  field = trimmed({begin, std::min<std::size_t>(length, kFieldBufferSize - 1)});
-  m_atEnd = *behind == '\0';
-  m_position = m_atEnd ? behind : behind + 1;
-  return true;
-}
-
-/// The next field, which lies in the text itself or anywhere in `buffer`; false when the input had
-/// run out before.
-bool CMyParser::Next(char (&buffer)[kFieldBufferSize], std::string_view& field) {
-  field = {};
-  if (m_atEnd) return false;
-  if (TakeInPlace(field)) return true;
-  FieldText text(buffer);
-  ReadField(text);
-  field = text.Trimmed();
-  return true;
-}
-
-bool CMyParser::NextField(char (&field)[kFieldBufferSize], const char* delimiters) {
-  if (delimiters != nullptr) SetDelimiters(delimiters);
-  std::string_view next;
-  const bool found = Next(field, next);
-  if (!next.empty()) std::memmove(field, next.data(), next.size());
-  field[next.size()] = '\0';
-  return found;
-}
-
-bool CMyParser::NextField(std::string& field, const char* delimiters) {
-  if (delimiters != nullptr) SetDelimiters(delimiters);
-  const char* const position = m_position;
-  std::string_view plain;
-  if (m_atEnd || !TakeInPlace(plain)) return NextRead(field);
-  if (plain.size() < kRun && m_known - plain.data() >= kRun) {
-    // Every string has room for these, and a copy of one length has no branches to guess.
-    field.assign(plain.data(), kRun - 1);
-    field.resize(plain.size());
-    return true;
-  }
-  if (assign(field, plain)) return true;
+/// Goes on from another place of the same text.
+void CMyParser::MoveTo(const char* position) {
   m_position = position;
   m_atEnd = false;
-  return false;
-}
-
-/// Any field, read by characters into a buffer. Apart, so that a plain one has no use for that.
-bool CMyParser::NextRead(std::string& field) {
-  const char* const position = m_position;
-  const bool atEnd = m_atEnd;
-  char buffer[kFieldBufferSize];
-  std::string_view next;
-  const bool found = Next(buffer, next);
-  if (assign(field, next)) return found;
-  if (m_stream != nullptr) return false;
-  m_position = position;
-  m_atEnd = atEnd;
-  return false;
 }
 
 const char* CMyParser::GetInputPosition() const { return m_position; }
@@ -228,29 +120,21 @@ void CMyParser::PushBack(int c) {
 void CMyParser::SetDelimiters(const char* delimiters) {
   m_delimiters = delimiters;
   std::fill(std::begin(m_special), std::end(m_special), 0);
-  std::size_t count = 0;
-  const auto mark = [this, &count](char c) {
-    if (!IsOrdinary(c)) return;
-    const auto code = static_cast<unsigned char>(c);
+  unsigned greatest = 0;
+  const auto mark = [&](char c) {
+    const unsigned code = static_cast<unsigned char>(c);
+    greatest = std::max(greatest, code);
     m_special[code / 64] |= std::uint64_t{1} << code % 64;
-    if (count < std::size(m_searched)) std::memset(m_searched[count], c, kRun);
-    ++count;
   };
-  mark('"');
-  mark('\r');
   for (const char* c = delimiters; *c != '\0'; ++c) mark(*c);
-  m_searchable = count <= std::size(m_searched);
-  for (; count < std::size(m_searched); ++count) std::memset(m_searched[count], '"', kRun);
-  m_special[0] |= 1;  // NUL
+  for (const char c : {'\0', '"', '\r'}) mark(c);
+  m_beyondSpecial = (0x7F - std::min(greatest, 0x7FU)) * kOnes;
 }
 
 bool CMyParser::IsOrdinary(char c) const {
   const auto code = static_cast<unsigned char>(c);
   return (m_special[code / 64] >> code % 64 & 1) == 0;
 }
-
-/// True for NUL and a delimiter that neither quotes nor may be half of a line end.
-bool CMyParser::EndsField(char c) const { return c != '"' && c != '\r' && !IsOrdinary(c); }
 
 bool CMyParser::IsDelimiter(int c) const { return std::strchr(m_delimiters, c) != nullptr; }
 
@@ -263,6 +147,66 @@ int CMyParser::FoldLineEnd(int c) {
   return c;
 }
 
+/// Goes on to the first character that is not ordinary, as far as the text is known to be there.
+/// True if that is at `at`. Delimiters are most often lower than what they part: most words can be
+/// told to hold none, and the few characters in doubt are looked up.
+inline bool CMyParser::SkipWords(const char*& at) const {
+  constexpr std::ptrdiff_t kWord = sizeof(std::uint64_t);
+  for (; m_scanned - at >= kWord; at += kWord) {
+    std::uint64_t doubtful = not_beyond(load_word(at), m_beyondSpecial);
+    for (; doubtful != 0; doubtful &= doubtful - 1) {
+      const char* const found = at + service::first_marked(doubtful);
+      if (IsOrdinary(*found)) continue;
+      at = found;
+      return true;
+    }
+  }
+  return false;
+}
+
+/// Where the text ends is found out some way ahead at a time, and never further: a parser of a long
+/// text may be there for one field.
+const char* CMyParser::EndBeyondScanned(const char* at) {
+  constexpr std::size_t kAhead = 256;
+  for (bool more = true; more;) {
+    const char* const from = std::max(m_scanned, at);
+    const void* const end = std::memchr(from, '\0', kAhead);
+    more = end == nullptr;
+    m_scanned = more ? from + kAhead : static_cast<const char*>(end);
+    if (SkipWords(at)) return at;
+  }
+  while (IsOrdinary(*at)) ++at;
+  return at;
+}
+
+/// The first character that is not ordinary.
+inline const char* CMyParser::EndOfOrdinary(const char* at) {
+  return SkipWords(at) ? at : EndBeyondScanned(at);
+}
+
+/// Takes a field of a text that lies there as it is: no quote and no CR in it, or all of it between
+/// two quotes. Null for another, with nothing taken.
+std::string_view CMyParser::TakePlain() {
+  if (m_scanned == nullptr) return {};
+  const char* begin = m_position;
+  const char* end = EndOfOrdinary(begin);
+  const char* behind = end;
+  if (*end == '"' || *end == '\r') [[unlikely]] {
+    if (*end == '"' && end == begin) {
+      ++begin;
+      end = std::strchr(begin, '"');
+      if (end == nullptr) return {};
+      behind = end + 1;
+    }
+    if (behind[0] == '\r' && behind[1] == '\n') ++behind;
+    if (*behind == '"' || *behind == '\r' || IsOrdinary(*behind)) return {};
+  }
+  const auto length = static_cast<std::size_t>(end - begin);
+  m_atEnd = *behind == '\0';
+  m_position = m_atEnd ? behind : behind + 1;
+  return trimmed({begin, std::min<std::size_t>(length, kFieldBufferSize - 1)});
+}
+
 /// Takes what stands within quotes of a text, up to the one that ends them.
 void CMyParser::TakeQuoted(FieldText& field) {
   if (m_stream != nullptr || m_position == nullptr) return;
@@ -271,7 +215,8 @@ void CMyParser::TakeQuoted(FieldText& field) {
   m_position += length;
 }
 
-void CMyParser::ReadField(FieldText& field) {
+std::string_view CMyParser::ReadField(char (&buffer)[kFieldBufferSize]) {
+  FieldText field(buffer);
   bool quoted = false;
   for (int c = NextChar(); c != 0; c = NextChar()) {
     if (c == '"') {
@@ -281,10 +226,57 @@ void CMyParser::ReadField(FieldText& field) {
     }
     if (!quoted) {
       c = FoldLineEnd(c);
-      if (IsDelimiter(c)) return;
+      if (IsDelimiter(c)) break;
     }
     field.Store(c);
   }
+  return field.Trimmed();
+}
+
+/// The next field, which lies in the text itself or anywhere in `buffer`, either of which holds a
+/// NUL further on; null when the input had run out before.
+std::string_view CMyParser::Next(char (&buffer)[kFieldBufferSize]) {
+  if (m_atEnd) return {};
+  const std::string_view plain = TakePlain();
+  return plain.data() != nullptr ? plain : ReadField(buffer);
+}
+
+bool CMyParser::NextField(char (&field)[kFieldBufferSize], const char* delimiters) {
+  if (delimiters != nullptr) SetDelimiters(delimiters);
+  const std::string_view next = Next(field);
+  if (!next.empty()) std::memmove(field, next.data(), next.size());
+  field[next.size()] = '\0';
+  return next.data() != nullptr;
+}
+
+/// True for a field within the text that can be copied at one fixed length and cut then: copying
+/// takes a branch for each kind of length, and lengths of fields can't be foreseen.
+inline bool CMyParser::IsShort(std::string_view plain) const {
+  return plain.size() <= kShortLength && m_scanned - plain.data() >= kShortLength;
+}
+
+bool CMyParser::NextField(std::string& field, const char* delimiters) {
+  if (delimiters != nullptr) SetDelimiters(delimiters);
+  const char* const position = m_position;
+  const bool atEnd = m_atEnd;
+  char buffer[kFieldBufferSize];
+  const std::string_view plain = atEnd ? std::string_view() : TakePlain();
+  const std::string_view next = plain.data() != nullptr || atEnd ? plain : ReadField(buffer);
+  try {
+    if (plain.data() != nullptr && IsShort(plain)) {
+      field.assign(plain.data(), kShortLength);
+      field.resize(plain.size());
+    } else {
+      field = next;
+    }
+  } catch (...) {  // out of memory
+    field.clear();
+    if (m_stream != nullptr) return false;
+    m_position = position;
+    m_atEnd = atEnd;
+    return false;
+  }
+  return next.data() != nullptr;
 }
 
 }  // namespace wqd

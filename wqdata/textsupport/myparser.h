@@ -10,6 +10,8 @@
 
 namespace wqd {
 
+class CTextBlock;
+
 /// Splits delimited text into fields, one for each call, from a NUL-ended text or an open stream.
 /// Both sources give the same fields.
 ///
@@ -70,33 +72,32 @@ class WQDATA_API CMyParser {
   void PushBack(int c);
 
  private:
+  friend class CTextBlock;  // which goes back and forth in one text, and copies no field
+
   class FieldText;
 
-  bool Next(char (&buffer)[kFieldBufferSize], std::string_view& field);
-  bool NextRead(std::string& field);
+  void MoveTo(const char* position);
+  std::string_view Next(char (&buffer)[kFieldBufferSize]);
   void SetDelimiters(const char* delimiters);
   bool IsDelimiter(int c) const;
   bool IsOrdinary(char c) const;
-  bool EndsField(char c) const;
-  bool LooksAhead(const char* at);
-  const char* FindInRun(const char* at) const;
-  const char* FindSpecial(const char* at);
-  const char* FindClosingQuote(const char* at) const;
-  bool TakeInPlace(std::string_view& field);
+  bool SkipWords(const char*& at) const;
+  const char* EndBeyondScanned(const char* at);
+  const char* EndOfOrdinary(const char* at);
+  std::string_view TakePlain();
   void TakeQuoted(FieldText& field);
   int FoldLineEnd(int c);
-  void ReadField(FieldText& field);
+  bool IsShort(std::string_view plain) const;
+  std::string_view ReadField(char (&buffer)[kFieldBufferSize]);
 
   const char* m_position = nullptr;
   std::FILE* m_stream = nullptr;
   bool m_atEnd = true;
   bool m_failed = false;  // the stream, while it was read here
   const char* m_delimiters;
-  std::uint64_t m_special[4];     // a bit for each character that is more than a part of a field
-  char m_searched[4][16];         // those but NUL, where they are no more, each sixteen times
-  bool m_searchable = false;      // whether they are
-  const char* m_known = nullptr;  // up to here the text is known to hold no NUL
-  std::uint32_t m_ahead = 0;      // as far as it is looked through for one next
+  const char* m_scanned = nullptr;  // the text is there up to here, and can be read by words
+  std::uint64_t m_special[4];       // a bit for each character that is more than a part of a field
+  std::uint64_t m_beyondSpecial;    // what lifts every greater character's low 7 bits to the high
 };
 
 }  // namespace wqd
