@@ -4,6 +4,7 @@
 #include "flexrow.h"
 #include "ours.h"
 #include "peers.h"
+#include "schemapeers.h"
 
 using namespace wqd_bench;
 
@@ -90,6 +91,8 @@ void register_validation() {
     return flexbuffers::VerifyBuffer(flex.data(), flex.size(), &reuse);
   };
   series(workload + "/flexbuffers", flex.size(), verify(), verify);
+  const std::size_t bytes = build_tables();
+  series(workload + "/flatbuffers", bytes, are_valid_tables(), are_valid_tables);
 }
 
 }  // namespace

@@ -11,12 +11,9 @@
 #include <vector>
 
 #include "data.h"
+#include "packed.h"
 
 namespace wqd_bench {
-
-/// The library packs a date and a time as a number, as its users do.
-inline std::int32_t packed(ZULDATE date) { return static_cast<std::int32_t>(digest(date)); }
-inline std::int32_t packed(ZULTIME time) { return static_cast<std::int32_t>(digest(time)); }
 
 inline void pack_rows(msgpack::sbuffer& buffer) {
   buffer.clear();

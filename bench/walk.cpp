@@ -2,6 +2,7 @@
 #include "flexrow.h"
 #include "ours.h"
 #include "peers.h"
+#include "schemapeers.h"
 
 using namespace wqd_bench;
 
@@ -29,6 +30,19 @@ void register_peers(const std::string& workload, std::size_t items, std::uint64_
          [&bson] { return walk<vectors>(bson); });
 }
 
+/// A program whose code was made from the schema reads fields that it knows and does not walk: a
+/// row of its own, which ours have no operation for.
+void register_schemas(const std::string& workload) {
+  const std::string known = "Read fields known to the code";
+  const std::size_t items = rows().size() * kFieldsOfRow;
+  const std::uint64_t sum = digest_of_rows();
+  build_tables();
+  series(workload + "/flatbuffers verified", items, walk_tables() == sum, walk_tables);
+  series(known + "/flatbuffers verified", items, read_tables() == sum, read_tables);
+  build_messages();
+  series(known + "/capnproto", items, read_messages() == sum, read_messages);
+}
+
 /// An item holds a copy of a vector, and so do the peers; what they take to leave the bytes where
 /// they stand is a row of its own.
 void register_walks() {
@@ -36,6 +50,7 @@ void register_walks() {
   register_walk("Walk every field", fields, digest_of_rows(), blocks_of_rows);
   register_peers<Vectors::kCopied>("Walk every field", fields, digest_of_rows(), pack_rows,
                                    append_rows);
+  register_schemas("Walk every field");
   const std::size_t vectors = vector_rows().size() * 2;
   const std::uint64_t sum = digest_of_vectors();
   register_walk("Walk vectors of 256", vectors, sum, blocks_of_vectors);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/service/bigzul3.h>
@@ -17,26 +18,66 @@ struct Fault {
   const char* reason = nullptr;
 };
 
-/// Why the field at the front of `bytes` is at fault, or null.
-const char* field_fault(const service::FieldFormat& format, Bytes bytes) {
+/// Takes the field at the front of `bytes`. Why it is at fault, or null.
+const char* take_field(const service::FieldFormat& format, Bytes& bytes) {
   service::FieldView view;
   if (bytes.Left() == 0) return "a field is missing";
   if (!service::view_field(format, bytes, view)) return "a field does not fit";
   if (view.layout == nullptr) return "the type of a field is unknown";
-  return service::holds_whole_strings(view) ? nullptr : "the strings of a field are not as it says";
+  if (!service::holds_whole_strings(view)) return "the strings of a field are not as it says";
+  bytes.Skip(view.size);
+  return nullptr;
 }
 
-/// Takes `count` fields from the front of `bytes`, up to the first that is at fault: why, or null.
-/// Each takes bytes, so that `count` alone keeps no loop going. A field that a walk can step over
-/// is without fault, if it has no strings.
+/// The fields of fixed sizes that records begin with. Records of one kind have the same: where each
+/// of their heads is where it was in the record before, these fields fit, and that is told without
+/// stepping from one to the next.
 template <const service::FieldFormat& format>
-const char* take_fields(Bytes& bytes, std::uint64_t count) {
-  for (; count > 0; --count) {
-    const std::uint64_t size = service::field_size<format>(bytes);
-    if (size == 0 || load<std::uint16_t>(bytes.At()) == TYPE_VECTOR_STRING) {
-      const char* const reason = field_fault(format, bytes);
-      if (reason != nullptr) return reason;
+class FirstFields {
+ public:
+  /// The bytes of those that a record of `count` fields begins with, and takes from the count. None
+  /// for a record that has not room for all.
+  std::uint32_t Match(Bytes bytes, std::uint64_t& count) const {
+    if (m_count > count || m_ends[m_count] > bytes.Left()) return 0;
+    std::uint32_t known = 0;
+    while (known < m_count && load<std::uint32_t>(bytes.At() + m_ends[known]) == m_heads[known]) {
+      ++known;
     }
+    count -= known;
+    return m_ends[known];
+  }
+
+  /// Takes those of a record of `count` fields for what the next ones begin with.
+  void Learn(Bytes bytes, std::uint64_t count) {
+    for (m_count = 0; m_count < std::min<std::uint64_t>(count, kMost); ++m_count) {
+      const bool text =
+          bytes.Left() >= service::kFieldHead && load<std::uint16_t>(bytes.At()) == TYPE_STRING;
+      const std::uint64_t size = text ? 0 : service::common_field_size<format>(bytes);
+      if (size == 0) return;
+      m_heads[m_count] = load<std::uint32_t>(bytes.At());
+      m_ends[m_count + 1] = m_ends[m_count] + static_cast<std::uint32_t>(size);
+      bytes.Skip(size);
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kMost = 16;
+
+  std::array<std::uint32_t, kMost> m_heads{};
+  std::array<std::uint32_t, kMost + 1> m_ends{};
+  std::uint32_t m_count = 0;
+};
+
+/// Takes the `count` fields of a record from the front of `bytes`, up to the first that is at
+/// fault: why, or null. Each takes bytes, so that `count` alone keeps no loop going.
+template <const service::FieldFormat& format>
+const char* take_fields(Bytes& bytes, std::uint64_t count, FirstFields<format>& first) {
+  const std::uint32_t known = first.Match(bytes, count);
+  if (known == 0) first.Learn(bytes, count);
+  for (bytes.Skip(known); count > 0; --count) {
+    const std::uint64_t size = service::common_field_size<format>(bytes);
+    const char* const reason = size == 0 ? take_field(format, bytes) : nullptr;
+    if (reason != nullptr) return reason;
     bytes.Skip(size);
   }
   return nullptr;
@@ -53,19 +94,23 @@ Fault zul3_fault(const std::uint8_t* data, std::size_t size) {
     return {service::kZul3RecordCountAt, "a record has not been finished"};
   }
   Bytes left(data + service::kZul3HeaderSize, size - service::kZul3HeaderSize);
-  const char* reason = take_fields<service::kZul3Fields>(left, std::uint64_t{records} * fields);
+  FirstFields<service::kZul3Fields> first;
+  const char* reason = nullptr;
+  for (std::uint32_t i = 0; i < records && reason == nullptr; ++i) {
+    reason = take_fields(left, fields, first);
+  }
   if (reason == nullptr && left.Left() > 0) reason = "bytes lie behind the last field";
   return {size - left.Left(), reason};
 }
 
 /// Takes the record at the front of `block`.
-const char* take_record(Bytes& block) {
+const char* take_record(Bytes& block, FirstFields<service::kZul4Fields>& first) {
   Bytes record = service::ZUL4_record(block);
   if (record.Left() == 0) return "a record does not fit";
   const auto fields = load<std::uint16_t>(record.At() + service::kZul4FieldCountAt);
   const std::size_t whole = record.Left();
   record.Skip(service::kZul4RecordHead);
-  const char* reason = take_fields<service::kZul4Fields>(record, fields);
+  const char* reason = take_fields(record, fields, first);
   if (reason == nullptr && record.Left() > 0) reason = "a record has bytes behind its last field";
   block.Skip(whole - record.Left());
   return reason;
@@ -77,10 +122,11 @@ Fault zul4_fault(const std::uint8_t* data, std::size_t size) {
     return {service::kZul4LengthAt, "the length is not the number of bytes"};
   }
   Bytes left(data + service::kZul4HeaderSize, size - service::kZul4HeaderSize);
+  FirstFields<service::kZul4Fields> first;
   const char* reason = nullptr;
   for (auto records = load<std::uint16_t>(data + service::kZul4RecordCountAt);
        records > 0 && reason == nullptr; --records) {
-    reason = take_record(left);
+    reason = take_record(left, first);
   }
   if (reason == nullptr && left.Left() > 0) reason = "bytes lie behind the last record";
   return {size - left.Left(), reason};

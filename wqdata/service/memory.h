@@ -12,8 +12,8 @@ inline constexpr std::uint64_t kLargestBlock = INT32_MAX;
 /// Returns `bytes`, which has room for `capacity`, with room for at least `needed`, moved if it
 /// must be, its content kept and `capacity` raised. `bytes` is null with a capacity of 0, or came
 /// from here. Room is taken twice as large as it was, so that appending costs what the bytes cost;
-/// where the system refuses that much, the bare need is tried. Null when memory is short or `needed`
-/// is above `kLargestBlock`: the buffer and `capacity` then stand as they were.
+/// where the system refuses that much, the bare need is tried. Null when memory is short or
+/// `needed` is above `kLargestBlock`: the buffer and `capacity` then stand as they were.
 ///
 /// `source`, if not null, is the address of bytes that are about to be appended. Where they lie in
 /// the buffer itself, it moves along.

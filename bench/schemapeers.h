@@ -1,0 +1,28 @@
+/// The records of the benchmarks in the libraries that take a schema: a message of capnproto or a
+/// table of flatbuffers for each, back to back, since a program does not know how many will come.
+/// Buffers are used again.
+#ifndef WQDATA_BENCH_SCHEMAPEERS_H_
+#define WQDATA_BENCH_SCHEMAPEERS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace wqd_bench {
+
+/// Build all records, each kind in a buffer of its own that the others look at. The bytes.
+std::size_t build_messages();
+std::size_t build_tables();
+
+/// The fields that the program knows, by the code that was made from the schema. Messages are
+/// checked as they are read, tables before.
+std::uint64_t read_messages();
+std::uint64_t read_tables();
+
+/// Every field as it comes, by the types that go along with that code, in verified tables.
+std::uint64_t walk_tables();
+
+bool are_valid_tables();
+
+}  // namespace wqd_bench
+
+#endif  // WQDATA_BENCH_SCHEMAPEERS_H_
