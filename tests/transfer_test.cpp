@@ -67,6 +67,8 @@ TEST(Transfer, TakesTextAsAWalkMeetsIt) {
     EXPECT_EQ(zul3->GetRecordCount(), 3);
     EXPECT_EQ(zul3->GetFieldCount(), 1);
   }
+  std::string cut("1,a,2\0", 6);  // the second has no value
+  EXPECT_EQ(Printed(CSV, *Wrap(TEXT, cut)), "a,N/A\n");
 }
 
 TEST(Transfer, PrintsEveryTypeAndVectorsAsRows) {

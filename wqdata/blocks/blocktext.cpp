@@ -10,6 +10,7 @@
 #include <wqdata/blocks/textblock.h>
 #include <wqdata/items/dataitem.h>
 #include <wqdata/service/operations.h>
+#include <wqdata/values/missing.h>
 
 namespace wqd {
 namespace {
@@ -109,11 +110,10 @@ bool CTextBlock::AddBlock(CDataBlock* source, int vsize) {
 /// False when the block is full: what would follow finds no room either, and there may be no end of
 /// it.
 bool CTextBlock::AddLine(CDataBlock& source) {
-  const CDataItem unread;
   CDataItem item;
   StartRecord();
   for (bool more = source.FirstField(); more; more = source.NextField()) {
-    if (!source.GetCurrentField(&item)) item = unread;
+    if (!source.GetCurrentField(&item)) item.SetError(FID{0}, kNeverSet);
     if (Add(item)) continue;
     service::log_message(
         service::kLevelFailed,
