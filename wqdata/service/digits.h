@@ -45,11 +45,11 @@ inline char* put_without_zeros(char* at, std::uint64_t digits, int least) {
   return at + 8 - skipped;
 }
 
-/// Writes a number below 10^16 with a point in front of its last `decimals` digits, 0 to 8, and a
+/// Writes a number below 10^16 with a point in front of its last `decimals` digits, 0 to 7, and a
 /// digit at least in front of the point. Where the text ends: no NUL.
 inline char* put_scaled(char* at, std::uint64_t number, int decimals) {
-  std::uint64_t last = eight_digits(number % kEightDigits);
-  if (number < kEightDigits && decimals < 8) {
+  const std::uint64_t last = eight_digits(number % kEightDigits);
+  if (number < kEightDigits) {
     at = put_without_zeros(at, last, decimals + 1);
   } else {
     at = put_without_zeros(at, eight_digits(number / kEightDigits), 1);
