@@ -341,11 +341,11 @@ inline bool CZul3Block::StandOn(service::Bytes bytes, std::uint32_t fieldIndex) 
   return m_field != 0;
 }
 
-inline bool CZul3Block::StandOnFirst(const Header& header) {
+/// The bytes from the current record's first field on, none when there is none.
+inline service::Bytes CZul3Block::FirstFieldBytes(const Header& header) const {
   const bool counted = !m_readOnly || header.fields > 0;
-  m_field = counted && m_recordStart < header.length ? m_recordStart : 0;
-  m_fieldIndex = 0;
-  return m_field != 0;
+  if (!counted || m_recordStart == 0 || m_recordStart >= header.length) return {nullptr, 0};
+  return {m_pRecord + m_recordStart, header.length - m_recordStart};
 }
 
 bool CZul3Block::FirstRecord() {
@@ -354,7 +354,7 @@ bool CZul3Block::FirstRecord() {
   return FirstField();
 }
 
-bool CZul3Block::FirstField() { return StandOnFirst(ReadHeader()); }
+bool CZul3Block::FirstField() { return StandOn(FirstFieldBytes(ReadHeader()), 0); }
 
 bool CZul3Block::NextField() {
   if (m_field == 0) return false;
@@ -370,7 +370,7 @@ bool CZul3Block::NextRecord() {
     m_field = 0;
     return false;
   }
-  if (m_field == 0) StandOnFirst(header);
+  if (m_field == 0) StandOn(FirstFieldBytes(header), 0);
   std::uint32_t left = m_fieldIndex < header.fields ? header.fields - m_fieldIndex : 0U;
   service::Bytes bytes = FieldBytes(header.length);
   if (left > 0 && ReadSize() != 0) {
@@ -385,9 +385,8 @@ bool CZul3Block::NextRecord() {
 
 bool CZul3Block::FindField(FID id) {
   const Header header = ReadHeader();
-  if (!StandOnFirst(header)) return false;
   const auto end =
-      service::find_field<service::kZul3Fields>(FieldBytes(header.length), id, header.fields);
+      service::find_field<service::kZul3Fields>(FirstFieldBytes(header), id, header.fields);
   return StandOn(end.bytes, end.skipped) && end.found;
 }
 

@@ -90,7 +90,7 @@ class CZul3Block final : public CDataBlock {
                  std::uint32_t count);
   bool Refused(CDataItem& item);
 
-  bool StandOnFirst(const Header& header);
+  service::Bytes FirstFieldBytes(const Header& header) const;
   bool StandOn(service::Bytes bytes, std::uint32_t fieldIndex);
   std::uint32_t ReadSize() const;
   service::Bytes FieldBytes() const;

@@ -87,7 +87,12 @@ class WQDATA_API CDataItem {
   void Set(FID id, const ZULTIME& value) { SetValue(id, TYPE_TIME, m_value.asTime, value); }
 
   /// As `Set(id, CFixPtNum(price, baseCode))`, with no price that is made and copied.
-  void SetPrice(FID id, std::int32_t price, int baseCode);
+  void SetPrice(FID id, std::int32_t price, int baseCode) {
+    if (static_cast<std::int16_t>(baseCode) != baseCode) return Set(id, CFixPtNum(price, baseCode));
+    SetHeader(id, TYPE_LPACK, sizeof(FPN));
+    m_value.asPrice.Set(price, baseCode);
+    if (m_value.asPrice.IsMissing()) SetError(id, kMissing);
+  }
 
   /// Stores a copy of the first `length` bytes of `text`, or with a negative `length` of all
   /// before its first NUL; the copy is NUL-ended. `text` may be this item's own text or lie in it.

@@ -49,13 +49,6 @@ void CDataItem::Set(FID id, const CFixPtNum& value) {
   m_value.asPrice = fits ? value : CFixPtNum(static_cast<FPN>(value));
 }
 
-void CDataItem::SetPrice(FID id, std::int32_t price, int baseCode) {
-  if (static_cast<std::int16_t>(baseCode) != baseCode) return Set(id, CFixPtNum(price, baseCode));
-  SetHeader(id, TYPE_LPACK, sizeof(FPN));
-  m_value.asPrice.Set(price, baseCode);
-  if (m_value.asPrice.IsMissing()) SetError(id, kMissing);
-}
-
 std::int16_t CDataItem::GetBaseCode() const {
   return static_cast<std::int16_t>(m_value.asPrice.GetBaseCode());
 }

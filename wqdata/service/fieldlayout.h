@@ -205,19 +205,25 @@ inline constexpr std::uint64_t kTypesOfSize = [] {
 }();
 
 /// The size of a field that takes a fixed number of bytes, or is a text: 0 for one that does not
-/// fit, and for any other type. A branch for each size and no table: where the next field stands
-/// then follows from predicted branches, and does not wait for the type word to be read.
+/// fit, and for any other type. A branch for each size and no table, but where the bytes end: the
+/// place of the next field then follows from predicted branches, and does not wait for the type
+/// word to be read.
 template <const FieldFormat& format>
 [[gnu::always_inline]] inline std::uint64_t common_field_size(Bytes bytes) {
+  constexpr std::size_t kLargestFixed = 12;
   if (bytes.Left() < kFieldHead) return 0;
   const auto type = load<std::uint16_t>(bytes.At());
-  const auto fixed = [bytes](std::size_t size) { return size <= bytes.Left() ? size : 0; };
-  const std::uint64_t bit = type < 64 ? std::uint64_t{1} << type : 0;
-  if ((bit & kTypesOfSize<format, 8>) != 0) return fixed(8);
-  if ((bit & kTypesOfSize<format, 12>) != 0) return fixed(12);
-  if ((bit & kTypesOfSize<format, 10>) != 0) return fixed(10);
-  if ((bit & kTypesOfSize<format, 6>) != 0) return fixed(6);
-  if (type == TYPE_ERROR) return fixed(kFixedSize<format, TYPE_ERROR>);
+  if (bytes.Left() >= kLargestFixed) {
+    const std::uint64_t bit = type < 64 ? std::uint64_t{1} << type : 0;
+    if ((bit & kTypesOfSize<format, 8>) != 0) return 8;
+    if ((bit & kTypesOfSize<format, 12>) != 0) return 12;
+    if ((bit & kTypesOfSize<format, 10>) != 0) return 10;
+    if ((bit & kTypesOfSize<format, 6>) != 0) return 6;
+    if (type == TYPE_ERROR) return kFixedSize<format, TYPE_ERROR>;
+  } else {
+    const std::size_t fixed = type < FieldFormat::kTypes ? format.layouts[type].fixedSize : 0;
+    if (fixed != 0) return fixed <= bytes.Left() ? fixed : 0;
+  }
   std::uint32_t length = 0;
   const bool text = type == TYPE_STRING && measure_text(format, bytes, length);
   return text ? text_field_size<format>(length) : 0;

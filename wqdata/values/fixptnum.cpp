@@ -47,11 +47,12 @@ void CFixPtNum::Set(double value, int baseCode) {
 /// of which the shortest counts, and not for one so low that its number may be the missing one.
 void CFixPtNum::Set(std::int32_t price, int baseCode) {
   constexpr std::int32_t kLowest = static_cast<std::int32_t>(MISSING_DOUBLE) + 1;
-  if (price > kLowest && service::is_scaled(baseCode)) {
-    m_scaled = Scaled(baseCode, price);
-  } else {
-    Set(price == MISSING_LONG ? MISSING_DOUBLE : value_of(price, baseCode), baseCode);
-  }
+  if (price <= kLowest || !service::is_scaled(baseCode)) return SetNumberOf(price, baseCode);
+  m_scaled = Scaled(baseCode, price);
+}
+
+void CFixPtNum::SetNumberOf(std::int32_t price, int baseCode) {
+  Set(price == MISSING_LONG ? MISSING_DOUBLE : value_of(price, baseCode), baseCode);
 }
 
 bool CFixPtNum::ChangeBase(int baseCode) {

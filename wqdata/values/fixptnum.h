@@ -125,6 +125,7 @@ class WQDATA_API CFixPtNum {
   bool IsLong() const { return Long() != MISSING_LONG; }
   std::int32_t Long() const { return static_cast<std::int32_t>(m_scaled >> 32); }
   double Value() const { return IsLong() ? ValueOfLong() : m_value; }
+  void SetNumberOf(std::int32_t price, int baseCode);
   bool HoldsMissing() const;
   double ValueOfLong() const;
   std::int32_t NearestLong() const;
