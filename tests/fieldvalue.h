@@ -161,6 +161,18 @@ inline Field VectorOf(int type, std::uint32_t count) {
   return field;
 }
 
+/// A field of each type, the vectors of `count` elements and the text of as many letters.
+inline Fields OneOfEach(std::uint32_t count) {
+  Fields fields;
+  for (const int type : kFieldTypes) {
+    Field field = VectorOf(type, IsVector(type) || type == TYPE_STRING ? count : 1);
+    if (type == TYPE_DATE) field.bytes = ValueBytes(ZULDATE{31, 12, 2004});
+    if (type == TYPE_TIME) field.bytes = ValueBytes(ZULTIME{1439, 59});
+    fields.push_back(field);
+  }
+  return fields;
+}
+
 /// A field of random type, identifier and value. It is no missing one.
 inline Field RandomField(std::mt19937& random) {
   constexpr std::uint16_t kBaseCodes[] = {0, 3, 8, 15, 18, 101, 104, 109};
