@@ -32,7 +32,7 @@ void OnThreads(int count, const std::function<void(int)>& work) {
 std::string RoundTrip(int number, DataBlockPtr& freed) {
   DataBlockPtr block = NewBlock(ZUL4);
   block->StartRecord();
-  for (const int type : kFieldTypes) Add(*block, VectorOf(type, IsVector(type) ? 3 : 1));
+  for (const Field& field : OneOfEach(3)) Add(*block, field);
   block->Add(FID{1}, number);
   block->EndRecord();
   for (const cf_id format : {ZUL3, ZUL4, CSV}) {
@@ -51,13 +51,16 @@ TEST(Threads, MakeUseAndFreeBlocksWhileTheSinkOfTheLogChanges) {
   std::mutex mutex;
   DataBlockPtr last;  // of whichever thread
   std::vector<std::string> expected;
-  const auto sink = [](int, const char*, void* lines) { ++*static_cast<std::atomic<int>*>(lines); };
-  std::atomic<int> wrong = 0, lines = 0;
-  set_log_sink(sink, &lines);
+  const auto sink = [](int level, const char* line, void* lines) {
+    const bool whole = level == 2 && std::string_view(line) == "CfID: Invalid format 'none'";
+    *static_cast<std::atomic<int>*>(lines) += whole ? 1 : 0;
+  };
+  std::atomic<int> wrong = 0, lines[2] = {};
+  set_log_sink(sink, &lines[0]);
   for (int i = 0; i < 20; ++i) expected.push_back(RoundTrip(1000 + i, last));
   OnThreads(8, [&](int thread) {
     for (int i = 0; i < 200; ++i) {
-      if (thread == 0) set_log_sink(sink, &lines);
+      if (thread == 0) set_log_sink(sink, &lines[i % 2]);
       DataBlockPtr block;
       if (RoundTrip(1000 + i % 20, block) != expected[static_cast<std::size_t>(i) % 20]) ++wrong;
       const std::lock_guard lock(mutex);
@@ -66,7 +69,7 @@ TEST(Threads, MakeUseAndFreeBlocksWhileTheSinkOfTheLogChanges) {
   });
   set_log_sink(nullptr, nullptr);
   EXPECT_EQ(wrong, 0);
-  EXPECT_GE(lines, 20 + 8 * 200);
+  EXPECT_EQ(lines[0] + lines[1], 20 + 8 * 200);
   last.reset();
   EXPECT_EQ(CDataBlock::_instances, before);
 }
@@ -90,34 +93,6 @@ TEST(Threads, ReadOneTextZoneAndItemTogether) {
     }
   });
   EXPECT_EQ(right, 800);
-}
-
-struct Sink {
-  std::atomic<int> lines = 0;
-  std::atomic<int> torn = 0;
-
-  static void Take(int level, const char* line, void* context) {
-    auto& sink = *static_cast<Sink*>(context);
-    ++sink.lines;
-    if (level != 2 || std::string_view(line) != "CfID: Invalid format 'none'") ++sink.torn;
-  }
-};
-
-TEST(Threads, TheSinkOfTheLogChangesWhileOthersLog) {
-  Sink sinks[2];
-  set_log_sink(&Sink::Take, &sinks[0]);
-  OnThreads(8, [&](int thread) {
-    for (int i = 0; i < 500; ++i) {
-      if (thread == 0) {
-        set_log_sink(&Sink::Take, &sinks[i % 2]);
-      } else {
-        EXPECT_EQ(CfId("none"), INVALID);
-      }
-    }
-  });
-  set_log_sink(nullptr, nullptr);
-  EXPECT_EQ(sinks[0].lines + sinks[1].lines, 7 * 500);
-  EXPECT_EQ(sinks[0].torn + sinks[1].torn, 0);
 }
 
 }  // namespace
