@@ -143,6 +143,22 @@ std::string Holding(Left& a, Right& b) {
   return shown;
 }
 
+/// Expects `work`, done ten times as often as `count`, to take no more than some tenfold of the
+/// processor time.
+template <typename Work>
+void ExpectLinearCost(int count, Work work) {
+  const auto time_of = [&work](int times) {
+    const std::clock_t begin = std::clock();
+    work(times);
+    return static_cast<double>(std::clock() - begin);
+  };
+  double ratio = 40;
+  for (int attempt = 0; attempt < 3 && ratio >= 40; ++attempt) {  // noise may spoil one or two
+    ratio = time_of(10 * count) / (time_of(count) + 1);
+  }
+  EXPECT_LT(ratio, 40);
+}
+
 inline std::string Letters(std::size_t count) { return std::string(count, 'A'); }
 
 inline wqd::DataBlockPtr NewBlock(cf_id format) {

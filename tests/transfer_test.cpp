@@ -1,6 +1,4 @@
 // Blocks added to blocks: every pair of encodings, and what one of them can't hold.
-#include <chrono>
-
 #include "fieldvalue.h"
 
 namespace {
@@ -41,10 +39,8 @@ TEST(Transfer, CarriesEveryFieldBetweenBinaryBlocks) {
         if (to == ZUL3 && expected.front().empty()) expected.clear();  // a record of none is none
         EXPECT_EQ(Read(*target), expected) << CfName(to);
       }
-      const std::string before = bytes;
       const DataBlockPtr copy(CDataBlock::NewDataBlock(source.get()));
       EXPECT_TRUE(copy->GetFormat() == from && !copy->IsReadOnly() && BytesOf(*copy) == bytes);
-      EXPECT_EQ(bytes, before);
     }
   }
 }
@@ -188,16 +184,13 @@ TEST(Transfer, KeepsToWhatABlockIsWhateverItsFormatSays) {
 }
 
 TEST(Transfer, PrintsLongVectorsAtALinearCost) {
-  const auto seconds = [](std::uint32_t count) {
+  ExpectLinearCost(30'000, [](int rows) {
+    const auto count = static_cast<std::uint32_t>(rows);
     Field strings = VectorOf(TYPE_VECTOR_STRING, 2 * count);
     for (std::size_t i = 1; i < strings.bytes.size(); i += 2) strings.bytes[i] = '\0';
     const DataBlockPtr source = Build(ZUL4, {{VectorOf(TYPE_VECTOR_LONG, count), strings}});
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_GT(Printed(CSV, *source).size(), count);
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  };
-  seconds(1000);
-  EXPECT_LT(seconds(300'000), 40 * seconds(30'000));
+  });
 }
 
 }  // namespace
