@@ -76,4 +76,30 @@ TEST(LargeBlock, OfRecordsRefusesTheFieldAndReadsAsBefore) {
   EXPECT_FALSE(block->NextField());
 }
 
+/// Processor time in ns for each byte of a block of `mib` MiB, written in fields of 4 KiB.
+double TimeOfAByte(std::size_t mib) {
+  const std::string text(4095, 'A');
+  const std::clock_t begin = std::clock();
+  const DataBlockPtr block = NewBlock(TEXT);
+  for (std::size_t i = 0; i < mib * kMiB / 4096; ++i) {
+    if (!block->Add(FID{1}, text.c_str())) ADD_FAILURE() << i;
+  }
+  return static_cast<double>(std::clock() - begin) / static_cast<double>(mib * kMiB);
+}
+
+TEST(LargeBlock, CostsAByteWhatASmallOneDoes) {
+#if !defined(NDEBUG)
+  GTEST_SKIP() << "no release build";
+#endif
+  if (!HasRoom(2000)) GTEST_SKIP() << kWhy;
+  double ratio = 2;
+  for (int attempt = 0; attempt < 3 && ratio > 1.5; ++attempt) {  // noise may spoil one or two
+    std::vector<double> small(5);
+    for (double& time : small) time = TimeOfAByte(64);
+    std::nth_element(small.begin(), small.begin() + 2, small.end());
+    ratio = TimeOfAByte(1024) / small[2];
+  }
+  EXPECT_LE(ratio, 1.5);
+}
+
 }  // namespace
