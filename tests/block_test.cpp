@@ -127,6 +127,7 @@ TEST(TextWriting, NumbersOfEveryLength) {
     EXPECT_TRUE(block->StartRecord() && block->Add(FID{1}, number) && block->Add(FID{1}, small) &&
                 block->Add(FID{1}, real) && block->EndRecord());
     char line[100];
+    const InLocale usual;
     std::snprintf(line, sizeof line, "%d,%d,%.4f\n", number, small, real);
     expected += line;
   }
