@@ -9,7 +9,8 @@ namespace {
 constexpr int kFirstYear = 1601;
 constexpr int kLastYear = 30827;
 
-constexpr std::int64_t kMinutesInDay = 24 * 60;
+constexpr std::int64_t kMinutesInHour = 60;
+constexpr std::int64_t kMinutesInDay = 24 * kMinutesInHour;
 
 using std::chrono::sys_days;
 
@@ -89,7 +90,8 @@ bool later_reading(const SYSTEMTIME& reading, std::int64_t minutes, SYSTEMTIME& 
   if (!is_reading(reading)) return false;
   const sys_days from{date_of(reading)};
   const std::int64_t days = (from - kFirstDay).count();
-  const std::int64_t total = days * kMinutesInDay + reading.wHour * 60 + reading.wMinute + minutes;
+  const std::int64_t total =
+      days * kMinutesInDay + reading.wHour * kMinutesInHour + reading.wMinute + minutes;
   if (total < 0 || total >= kAllDays * kMinutesInDay) return false;
   const std::int64_t laterDays = total / kMinutesInDay;
   const auto minuteOfDay = static_cast<std::uint32_t>(total - laterDays * kMinutesInDay);
@@ -97,8 +99,8 @@ bool later_reading(const SYSTEMTIME& reading, std::int64_t minutes, SYSTEMTIME& 
   result = reading;  // whose date mostly stays, and its seconds always
   if (to != from) set_date(to, result);
   result.wDayOfWeek = narrow(std::chrono::weekday{to}.c_encoding());
-  result.wHour = narrow(minuteOfDay / 60);
-  result.wMinute = narrow(minuteOfDay % 60);
+  result.wHour = narrow(minuteOfDay / kMinutesInHour);
+  result.wMinute = narrow(minuteOfDay % kMinutesInHour);
   return true;
 }
 
