@@ -26,6 +26,7 @@ set(wqdata_internal_headers
   wqdata/service/clock.h
   wqdata/service/digits.h
   wqdata/service/fieldlayout.h
+  wqdata/service/firstfields.h
   wqdata/service/fraction.h
   wqdata/service/littleendian.h
   wqdata/service/memory.h

@@ -96,6 +96,36 @@ TEST(Zul, CursorsOverTwoRecordsOfThreeFields) {
              walk);
 }
 
+TEST(Zul, ASearchFindsTheFirstOfItsFieldsInEachRecord) {
+  std::mt19937 random(3);
+  for (const cf_id format : kBinaryFormats) {
+    Records records;
+    Fields fields(11);
+    for (int i = 0; i < 1000; ++i) {
+      // Runs of records begin alike, and one in four has another field somewhere.
+      for (Field& field : fields) {
+        if (i % 50 == 0 || random() % 40 == 0) field = RandomField(random);
+        field.id %= 16;
+      }
+      records.push_back(fields);
+    }
+    const DataBlockPtr block = Build(format, records);
+    EXPECT_TRUE(block->FirstRecord());
+    for (const Fields& record : records) {
+      for (int i = 0; i < 3; ++i) {
+        const auto id = static_cast<FID>(random() % 16);
+        const auto sought = [id](const Field& field) { return field.id == id; };
+        const auto expected = std::find_if(record.begin(), record.end(), sought);
+        CDataItem item;
+        ASSERT_EQ(block->FindField(id), expected != record.end());
+        if (expected == record.end()) continue;
+        ASSERT_TRUE(block->GetCurrentField(&item) && FieldOf(item) == *expected);
+      }
+      ASSERT_EQ(block->NextRecord(), &record != &records.back());
+    }
+  }
+}
+
 TEST(Zul, MissingValuesBecomeErrorFieldsOnBothRoads) {
   const auto expect = [](int type, int error, const auto& value) {
     for (const cf_id format : kBinaryFormats) {

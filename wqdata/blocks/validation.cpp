@@ -3,6 +3,7 @@
 
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/service/bigzul3.h>
+#include <wqdata/service/firstfields.h>
 #include <wqdata/service/memory.h>
 #include <wqdata/service/recordlib.h>
 
@@ -10,6 +11,7 @@ namespace wqd {
 namespace {
 
 using service::Bytes;
+using service::FirstFields;
 using service::load;
 
 /// Where bytes are no block, and why; without a reason they are one.
@@ -29,52 +31,16 @@ const char* take_field(const service::FieldFormat& format, Bytes& bytes) {
   return nullptr;
 }
 
-/// The fields of fixed sizes that records begin with. Records of one kind have the same: where each
-/// of their heads is where it was in the record before, these fields fit, and that is told without
-/// stepping from one to the next.
-template <const service::FieldFormat& format>
-class FirstFields {
- public:
-  /// The bytes of those that a record of `count` fields begins with, and takes from the count. None
-  /// for a record that has not room for all.
-  std::uint32_t Match(Bytes bytes, std::uint64_t& count) const {
-    if (m_count > count || m_ends[m_count] > bytes.Left()) return 0;
-    std::uint32_t known = 0;
-    while (known < m_count && load<std::uint32_t>(bytes.At() + m_ends[known]) == m_heads[known]) {
-      ++known;
-    }
-    count -= known;
-    return m_ends[known];
-  }
-
-  /// Takes those of a record of `count` fields for what the next ones begin with.
-  void Learn(Bytes bytes, std::uint64_t count) {
-    for (m_count = 0; m_count < std::min<std::uint64_t>(count, kMost); ++m_count) {
-      const bool text =
-          bytes.Left() >= service::kFieldHead && load<std::uint16_t>(bytes.At()) == TYPE_STRING;
-      const std::uint64_t size = text ? 0 : service::common_field_size<format>(bytes);
-      if (size == 0) return;
-      m_heads[m_count] = load<std::uint32_t>(bytes.At());
-      m_ends[m_count + 1] = m_ends[m_count] + static_cast<std::uint32_t>(size);
-      bytes.Skip(size);
-    }
-  }
-
- private:
-  static constexpr std::uint32_t kMost = 16;
-
-  std::array<std::uint32_t, kMost> m_heads{};
-  std::array<std::uint32_t, kMost + 1> m_ends{};
-  std::uint32_t m_count = 0;
-};
-
 /// Takes the `count` fields of a record from the front of `bytes`, up to the first that is at
 /// fault: why, or null. Each takes bytes, so that `count` alone keeps no loop going.
 template <const service::FieldFormat& format>
-const char* take_fields(Bytes& bytes, std::uint64_t count, FirstFields<format>& first) {
-  const std::uint32_t known = first.Match(bytes, count);
-  if (known == 0) first.Learn(bytes, count);
-  for (bytes.Skip(known); count > 0; --count) {
+const char* take_fields(Bytes& bytes, std::uint32_t count, FirstFields<format>& first) {
+  std::uint32_t taken = 0;
+  if (first.Match(bytes, count)) {
+    bytes.Skip(first.size());
+    taken = first.count();
+  }
+  for (; taken < count; ++taken) {
     const std::uint64_t size = service::common_field_size<format>(bytes);
     const char* const reason = size == 0 ? take_field(format, bytes) : nullptr;
     if (reason != nullptr) return reason;

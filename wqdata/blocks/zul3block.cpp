@@ -370,23 +370,39 @@ bool CZul3Block::NextRecord() {
     m_field = 0;
     return false;
   }
-  if (m_field == 0) StandOn(FirstFieldBytes(header), 0);
-  std::uint32_t left = m_fieldIndex < header.fields ? header.fields - m_fieldIndex : 0U;
-  service::Bytes bytes = FieldBytes(header.length);
-  if (left > 0 && ReadSize() != 0) {
-    bytes.Skip(ReadSize());
-    --left;
-  }
   ++m_recordIndex;
-  StandOn(service::skip_fields<service::kZul3Fields>(bytes, left), 0);
+  const FieldsFrom rest = RestOfRecord(header);
+  StandOn(service::skip_fields<service::kZul3Fields>(rest.bytes, rest.count), 0);
   m_recordStart = m_field;
   return m_field != 0;
 }
 
+/// Fields of the current record that it ends with: not more than from the current field on.
+inline CZul3Block::FieldsFrom CZul3Block::RestOfRecord(const Header& header) {
+  service::Bytes bytes = FirstFieldBytes(header);
+  if (m_alike == m_recordStart && m_fieldIndex < m_first.count() &&
+      m_first.count() <= header.fields && bytes.Skip(m_first.size())) {
+    return {bytes, header.fields - m_first.count()};
+  }
+  if (m_field == 0) StandOn(bytes, 0);
+  bytes = FieldBytes(header.length);
+  const std::uint32_t left = m_fieldIndex < header.fields ? header.fields - m_fieldIndex : 0U;
+  const bool read = left > 0 && ReadSize() != 0 && bytes.Skip(ReadSize());
+  return {bytes, left - (read ? 1 : 0)};
+}
+
 bool CZul3Block::FindField(FID id) {
   const Header header = ReadHeader();
-  const auto end =
-      service::find_field<service::kZul3Fields>(FirstFieldBytes(header), id, header.fields);
+  service::Bytes bytes = FirstFieldBytes(header);
+  if (m_first.Match(bytes, header.fields)) {
+    m_alike = m_recordStart;
+    const std::uint32_t field = m_first.Find(id);
+    if (field < m_first.count()) {
+      bytes.Skip(m_first.OffsetOf(field));
+      return StandOn(bytes, field);
+    }
+  }
+  const auto end = service::find_field<service::kZul3Fields>(bytes, id, header.fields);
   return StandOn(end.bytes, end.skipped) && end.found;
 }
 

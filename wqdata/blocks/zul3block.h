@@ -7,6 +7,7 @@
 #include <wqdata/blocks/datablock.h>
 #include <wqdata/blocks/fielditem.h>
 #include <wqdata/service/fieldlayout.h>
+#include <wqdata/service/firstfields.h>
 
 namespace wqd {
 
@@ -90,11 +91,17 @@ class CZul3Block final : public CDataBlock {
                  std::uint32_t count);
   bool Refused(CDataItem& item);
 
+  struct FieldsFrom {
+    service::Bytes bytes;
+    std::uint32_t count;
+  };
+
   service::Bytes FirstFieldBytes(const Header& header) const;
   bool StandOn(service::Bytes bytes, std::uint32_t fieldIndex);
   std::uint32_t ReadSize() const;
   service::Bytes FieldBytes() const;
   service::Bytes FieldBytes(std::uint32_t length) const;
+  FieldsFrom RestOfRecord(const Header& header);
   bool View(service::FieldView& view) const;
 
   std::uint8_t* m_pRecord = nullptr;  // the caller's while m_allocSize is 0, else this block's
@@ -105,6 +112,8 @@ class CZul3Block final : public CDataBlock {
   std::uint32_t m_recordStart = 0;     // offset of the current record's first field, 0 for none
   std::uint32_t m_field = 0;           // offset of the current field, 0 for none
   ReadField m_read;
+  service::FirstFields<service::kZul3Fields> m_first;
+  std::uint32_t m_alike = 0;  // m_recordStart of the last record that was seen to begin with them
   std::uint32_t m_present = UINT32_MAX;  // bytes that are known to be there
 };
 
