@@ -25,6 +25,7 @@ kj::ArrayPtr<capnp::word> room_of_messages() {
 
 std::size_t bytes_of_messages = 0;
 std::vector<std::uint8_t> tables;
+std::vector<std::uint8_t> tagged_tables;
 
 /// Adds up what it visits.
 struct TableSum : flatbuffers::IterationVisitor {
@@ -38,22 +39,46 @@ struct TableSum : flatbuffers::IterationVisitor {
   }
 };
 
-/// Calls `use` with each table, its size in front, once it was found valid; false for one that is
-/// not.
-template <typename Use>
-bool each_table(Use use) {
+/// Calls `use` with each of the tables, its size in front, once it was found valid; false for one
+/// that is not.
+template <typename Table, typename Use>
+bool each_table(const std::vector<std::uint8_t>& all, Use use) {
   constexpr std::size_t kPrefix = sizeof(flatbuffers::uoffset_t);
   std::size_t at = 0;
-  while (tables.size() - at >= kPrefix) {
-    const std::uint8_t* const table = tables.data() + at;
+  while (all.size() - at >= kPrefix) {
+    const std::uint8_t* const table = all.data() + at;
     const std::size_t size = kPrefix + flatbuffers::ReadScalar<flatbuffers::uoffset_t>(table);
-    if (size > tables.size() - at) return false;
+    if (size > all.size() - at) return false;
     flatbuffers::Verifier verifier(table, size);
-    if (!flat::VerifySizePrefixedRecordBuffer(verifier)) return false;
+    if (!verifier.VerifySizePrefixedBuffer<Table>(nullptr)) return false;
     use(table);
     at += size;
   }
-  return at == tables.size();
+  return at == all.size();
+}
+
+/// Appends a record that is finished.
+void append(const flatbuffers::FlatBufferBuilder& builder, std::vector<std::uint8_t>& all) {
+  const std::uint8_t* const bytes = builder.GetBufferPointer();
+  all.insert(all.end(), bytes, bytes + builder.GetSize());
+}
+
+std::uint64_t digest_of(const flatbuffers::String& text) {
+  return digest(text.c_str(), text.size());
+}
+
+std::uint64_t digest_of(const flat::Field& field) {
+  switch (field.value_type()) {
+    case flat::Value_Number: return digest(field.value_as_Number()->value());
+    case flat::Value_Small: return digest(std::int32_t{field.value_as_Small()->value()});
+    case flat::Value_Real: return digest(field.value_as_Real()->value());
+    case flat::Value_Price: return digest(field.value_as_Price()->value());
+    case flat::Value_Date: return digest(field.value_as_Date()->value());
+    case flat::Value_Time: return digest(field.value_as_Time()->value());
+    case flat::Value_Text: return digest_of(*field.value_as_Text());
+    case flat::Value_Error: return digest(std::int32_t{field.value_as_Error()->value()});
+    default: return 0;
+  }
 }
 
 }  // namespace
@@ -103,35 +128,69 @@ std::size_t build_tables() {
     builder.FinishSizePrefixed(flat::CreateRecord(builder, row.number, row.small, row.real,
                                                   row.price, packed(row.date), packed(row.time),
                                                   text, row.error));
-    const std::uint8_t* const bytes = builder.GetBufferPointer();
-    tables.insert(tables.end(), bytes, bytes + builder.GetSize());
+    append(builder, tables);
   }
   return tables.size();
 }
 
+void build_tagged_tables() {
+  flatbuffers::FlatBufferBuilder builder;
+  tagged_tables.clear();
+  for (const Row& row : rows()) {
+    builder.Clear();
+    const auto field = [&builder](Id id, flat::Value type, auto value) {
+      return flat::CreateField(builder, id, type, value.Union());
+    };
+    const auto number = [&](Id id, flat::Value type, const auto& value) {
+      return field(id, type, builder.CreateStruct(value));
+    };
+    const flatbuffers::Offset<flat::Field> fields[] = {
+        number(kNumber, flat::Value_Number, flat::Number(row.number)),
+        number(kSmall, flat::Value_Small, flat::Small(row.small)),
+        number(kReal, flat::Value_Real, flat::Real(row.real)),
+        number(kPrice, flat::Value_Price, flat::Price(row.price, kBaseCode)),
+        number(kDate, flat::Value_Date, flat::Date(packed(row.date))),
+        number(kTime, flat::Value_Time, flat::Time(packed(row.time))),
+        field(kText, flat::Value_Text, builder.CreateString(row.text)),
+        number(kError, flat::Value_Error, flat::Error(row.error))};
+    builder.FinishSizePrefixed(
+        flat::CreateTaggedRecord(builder, builder.CreateVector(fields, std::size(fields))));
+    append(builder, tagged_tables);
+  }
+}
+
 std::uint64_t read_tables() {
   std::uint64_t sum = 0;
-  each_table([&sum](const std::uint8_t* at) {
+  each_table<flat::Record>(tables, [&sum](const std::uint8_t* at) {
     const flat::Record* const record = flat::GetSizePrefixedRecord(at);
     sum += digest(record->number()) + digest(std::int32_t{record->small()}) +
            digest(record->real()) + digest(record->price()) + digest(record->date()) +
-           digest(record->time()) + digest(record->text()->c_str(), record->text()->size()) +
+           digest(record->time()) + digest_of(*record->text()) +
            digest(std::int32_t{record->error()});
   });
   return sum;
 }
 
-std::uint64_t walk_tables() {
+std::uint64_t visit_tables() {
   TableSum visitor;
-  each_table([&visitor](const std::uint8_t* at) {
+  each_table<flat::Record>(tables, [&visitor](const std::uint8_t* at) {
     flatbuffers::IterateFlatBuffer(at + sizeof(flatbuffers::uoffset_t), flat::RecordTypeTable(),
                                    &visitor);
   });
   return visitor.sum;
 }
 
+std::uint64_t walk_tagged_tables() {
+  std::uint64_t sum = 0;
+  each_table<flat::TaggedRecord>(tagged_tables, [&sum](const std::uint8_t* at) {
+    const auto* const record = flatbuffers::GetSizePrefixedRoot<flat::TaggedRecord>(at);
+    for (const flat::Field* const field : *record->fields()) sum += digest_of(*field);
+  });
+  return sum;
+}
+
 bool are_valid_tables() {
-  return each_table([](const std::uint8_t*) {});
+  return each_table<flat::Record>(tables, [](const std::uint8_t*) {});
 }
 
 }  // namespace wqd_bench

@@ -18,8 +18,15 @@ std::size_t build_tables();
 std::uint64_t read_messages();
 std::uint64_t read_tables();
 
-/// Every field as it comes, by the types that go along with that code, in verified tables.
-std::uint64_t walk_tables();
+/// Every field by the types that go along with that code, in verified tables.
+std::uint64_t visit_tables();
+
+/// The records once more, as lists of fields that say their identifier and type: what a program
+/// takes that does not know the fields of what it receives.
+void build_tagged_tables();
+
+/// Every field of verified ones.
+std::uint64_t walk_tagged_tables();
 
 bool are_valid_tables();
 
