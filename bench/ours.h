@@ -86,7 +86,7 @@ inline std::uint64_t digest(wqd::CDataItem& item) {
     case TYPE_DOUBLE: return digest(item.GetFloat());
     case TYPE_LPACK: return digest(static_cast<std::int32_t>(item.GetFPN()));
     case TYPE_DATE: return digest(static_cast<ZULDATE>(item.GetDate()));
-    case TYPE_TIME: return digest(static_cast<ZULTIME>(item.GetTime()));
+    case TYPE_TIME: return digest(static_cast<std::int32_t>(item.GetTime()));  // of seconds
     case TYPE_STRING: return digest(item.GetString(), static_cast<std::size_t>(item.GetSize()) - 1);
     case TYPE_ERROR: return digest(item.GetError());
     case TYPE_VECTOR_LONG: {

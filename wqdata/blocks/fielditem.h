@@ -7,14 +7,13 @@
 
 namespace wqd {
 
-/// The field that was read last, by its offset, and its size. A step behind it then need neither
-/// look at it again nor wait for its type word: it follows from the branch that read it.
-struct ReadField {
-  std::uint32_t offset = 0;  ///< 0 for none
-  std::uint32_t size = 0;
-};
+/// What a time becomes on its way through `CZulTime`, in an item as in a record: its minutes and
+/// seconds together. Mostly that is the time as it was, without a division.
+inline ZULTIME brought_together(const ZULTIME& time) {
+  return time.seconds < 60 ? time : ZULTIME(CZulTime(time));
+}
 
-/// `read_field` for fields of a varying size, or of none; and for any, with a null `item`.
+/// A part of `read_other_field`.
 std::uint32_t read_any_field(const service::FieldFormat& format, service::Bytes bytes,
                              CDataItem* item, const char* reader);
 
@@ -30,26 +29,36 @@ std::uint32_t read_fixed_field(service::Bytes bytes, Set set) {
 }
 
 template <const service::FieldFormat& format>
-std::uint32_t read_text(service::Bytes bytes, FID id, CDataItem& item) {
+std::uint32_t read_price(service::Bytes bytes, CDataItem& item) {
+  const auto id = service::load<FID>(bytes.At() + sizeof(std::uint16_t));
+  return read_fixed_field<format, TYPE_LPACK, std::int32_t>(bytes, [&](std::int32_t price) {
+    constexpr std::size_t kBaseCodeAt = format.layouts[TYPE_LPACK].baseCodeAt;
+    item.SetPrice(id, price, service::load<std::uint16_t>(bytes.At() + kBaseCodeAt));
+  });
+}
+
+template <const service::FieldFormat& format>
+std::uint32_t read_text(service::Bytes bytes, CDataItem& item) {
   std::uint32_t length = 0;
   if (!service::measure_text(format, bytes, length)) return 0;
-  const std::uint8_t* const text = bytes.At() + format.layouts[TYPE_STRING].elementsAt;
-  if (!item.SetText(id, reinterpret_cast<const char*>(text), length)) return 0;
+  const auto id = service::load<FID>(bytes.At() + sizeof(std::uint16_t));
+  constexpr std::size_t kTextAt = format.layouts[TYPE_STRING].elementsAt;
+  const auto* const text = reinterpret_cast<const char*>(bytes.At() + kTextAt);
+  if (!item.SetText(id, text, length, bytes.Left() - kTextAt)) return 0;
   return static_cast<std::uint32_t>(service::text_field_size<format>(length));
 }
 
-/// Reads the field at the front of `bytes` into `item`, unless it is null, through the item's own
-/// `Set`, so that markers become error items. Gives the size of the field, or 0: with the item as
-/// it was when the field does not fit, and when there is no memory for a text or a vector; with the
-/// error item of value 2 for an unknown type, and a line in the log that names the class `reader`.
+/// Reads the field at the front of `bytes` into `item`, unless it is null, when it is a number, a
+/// date, a time or an error: its size, or 0, and all other fields are for `read_other_field`. Both
+/// go through the item's own `Set`, so that markers become error items. No function is called from
+/// here, which spares the caller to save registers for each field.
 template <const service::FieldFormat& format>
-std::uint32_t read_field(service::Bytes bytes, CDataItem* item, const char* reader) {
-  if (item == nullptr || bytes.Left() < service::kFieldHead) {
-    return read_any_field(format, bytes, item, reader);
-  }
+[[gnu::always_inline]] inline std::uint32_t read_value(service::Bytes bytes, CDataItem* item) {
+  if (item == nullptr || bytes.Left() < service::kFieldHead) return 0;
   const auto id = service::load<FID>(bytes.At() + sizeof(std::uint16_t));
   const auto set = [item, id](auto value) { item->Set(id, value); };
-  switch (service::load<std::uint16_t>(bytes.At())) {
+  const auto type = service::load<std::uint16_t>(bytes.At());
+  switch (type) {
     case TYPE_DOUBLE: return read_fixed_field<format, TYPE_DOUBLE, double>(bytes, set);
     case TYPE_LONG: return read_fixed_field<format, TYPE_LONG, std::int32_t>(bytes, set);
     case TYPE_INT: return read_fixed_field<format, TYPE_INT, std::int16_t>(bytes, set);
@@ -58,19 +67,25 @@ std::uint32_t read_field(service::Bytes bytes, CDataItem* item, const char* read
           bytes, [set](ZULDATE date) { set(CZulDate(date)); });
     case TYPE_TIME:
       return read_fixed_field<format, TYPE_TIME, ZULTIME>(
-          bytes, [set](ZULTIME time) { set(CZulTime(time)); });
-    case TYPE_ERROR:
-      return read_fixed_field<format, TYPE_ERROR, std::int16_t>(
-          bytes, [item, id](std::int16_t error) { item->SetError(id, error); });
-    case TYPE_LPACK:
-      return read_fixed_field<format, TYPE_LPACK, std::int32_t>(
-          bytes, [item, id, bytes](std::int32_t price) {
-            constexpr std::size_t kBaseCodeAt = format.layouts[TYPE_LPACK].baseCodeAt;
-            item->SetPrice(id, price, service::load<std::uint16_t>(bytes.At() + kBaseCodeAt));
-          });
-    case TYPE_STRING: return read_text<format>(bytes, id, *item);
-    default: return read_any_field(format, bytes, item, reader);
+          bytes, [set](ZULTIME time) { set(brought_together(time)); });
+    default: break;  // a case far from the others would cost all of them more tests
   }
+  if (type != TYPE_ERROR) return 0;
+  return read_fixed_field<format, TYPE_ERROR, std::int16_t>(
+      bytes, [item, id](std::int16_t error) { item->SetError(id, error); });
+}
+
+/// Reads a field that `read_value` gave 0 for. Gives its size, or 0: with the item as it was when
+/// the field does not fit, and when there is no memory for a text or a vector; with the error item
+/// of value 2 for an unknown type, and a line in the log that names the class `reader`.
+template <const service::FieldFormat& format>
+std::uint32_t read_other_field(service::Bytes bytes, CDataItem* item, const char* reader) {
+  if (item != nullptr && bytes.Left() >= service::kFieldHead) {
+    const auto type = service::load<std::uint16_t>(bytes.At());
+    if (type == TYPE_STRING) return read_text<format>(bytes, *item);
+    if (type == TYPE_LPACK) return read_price<format>(bytes, *item);
+  }
+  return read_any_field(format, bytes, item, reader);
 }
 
 /// Calls `append` with the type, the value as a record holds it, and of a price the base code.

@@ -134,7 +134,7 @@ bool CZul3Block::Append(FID id, const Stored& stored, std::uint16_t baseCode) {
 }
 
 bool CZul3Block::Add(FID id, const ZULTIME& value) {
-  const bool added = !is_missing(value) && Append<TYPE_TIME>(id, ZULTIME(CZulTime(value)));
+  const bool added = !is_missing(value) && Append<TYPE_TIME>(id, brought_together(value));
   return added || CDataBlock::Add(id, value);
 }
 
@@ -317,35 +317,31 @@ bool CZul3Block::AddStringVector(FID id, const char* strings, std::uint32_t coun
          service::BigZUL3_add_string_vector(m_pRecord, id, count, bytes, strings, m_allocSize) == 0;
 }
 
-/// The bytes from the current field on, none when there is none.
-inline service::Bytes CZul3Block::FieldBytes(std::uint32_t length) const {
-  const bool within = m_field != 0 && m_field < length;
-  return {m_pRecord + m_field, within ? length - m_field : 0};
+/// The bytes from an offset on, none for offset 0.
+inline service::Bytes CZul3Block::BytesFrom(std::uint32_t offset, std::uint32_t length) const {
+  const bool within = offset != 0 && offset < length;
+  return {m_pRecord + offset, within ? length - offset : 0};
 }
 
 /// The same for a step that does not look at the header: to stand on a field takes a whole one.
-inline service::Bytes CZul3Block::FieldBytes() const {
-  if (m_field == 0) return {nullptr, 0};
-  return FieldBytes(std::min(service::load<std::uint32_t>(m_pRecord + kZul3LengthAt), m_present));
-}
-
-/// The size of the current field where it was read, else 0.
-inline std::uint32_t CZul3Block::ReadSize() const {
-  return m_read.offset == m_field ? m_read.size : 0;
+inline service::Bytes CZul3Block::BytesFrom(std::uint32_t offset) const {
+  if (offset == 0) return {nullptr, 0};
+  const auto length = service::load<std::uint32_t>(m_pRecord + kZul3LengthAt);
+  return BytesFrom(offset, std::min(length, m_present));
 }
 
 /// Stands on the first of `bytes`, or on no field when there are none.
 inline bool CZul3Block::StandOn(service::Bytes bytes, std::uint32_t fieldIndex) {
   m_field = bytes.Left() != 0 ? static_cast<std::uint32_t>(bytes.At() - m_pRecord) : 0;
   m_fieldIndex = static_cast<std::uint16_t>(fieldIndex);
+  m_readSize = 0;
   return m_field != 0;
 }
 
 /// The bytes from the current record's first field on, none when there is none.
 inline service::Bytes CZul3Block::FirstFieldBytes(const Header& header) const {
   const bool counted = !m_readOnly || header.fields > 0;
-  if (!counted || m_recordStart == 0 || m_recordStart >= header.length) return {nullptr, 0};
-  return {m_pRecord + m_recordStart, header.length - m_recordStart};
+  return BytesFrom(counted ? m_recordStart : 0, header.length);
 }
 
 bool CZul3Block::FirstRecord() {
@@ -359,8 +355,13 @@ bool CZul3Block::FirstField() { return StandOn(FirstFieldBytes(ReadHeader()), 0)
 bool CZul3Block::NextField() {
   if (m_field == 0) return false;
   const auto fields = service::load<std::uint16_t>(m_pRecord + kZul3FieldCountAt);
-  return m_fieldIndex + 1 < fields &&
-         StandOn(service::BigZUL3_next_field(FieldBytes(), ReadSize()), m_fieldIndex + 1U);
+  if (m_fieldIndex + 1 >= fields) return false;
+  if (m_readSize == 0) return StepOverField();
+  return StandOn(BytesFrom(m_field + m_readSize), m_fieldIndex + 1U);
+}
+
+bool CZul3Block::StepOverField() {
+  return StandOn(service::BigZUL3_next_field(BytesFrom(m_field)), m_fieldIndex + 1U);
 }
 
 /// The record's extent stands nowhere: the next one begins behind the fields that are left.
@@ -379,16 +380,16 @@ bool CZul3Block::NextRecord() {
 
 /// Fields of the current record that it ends with: not more than from the current field on.
 inline CZul3Block::FieldsFrom CZul3Block::RestOfRecord(const Header& header) {
-  service::Bytes bytes = FirstFieldBytes(header);
-  if (m_alike == m_recordStart && m_fieldIndex < m_first.count() &&
-      m_first.count() <= header.fields && bytes.Skip(m_first.size())) {
-    return {bytes, header.fields - m_first.count()};
+  const bool alike = m_alike != 0 && m_alike == m_recordStart;
+  if (alike && m_fieldIndex < m_first.count() && m_first.count() <= header.fields) {
+    return {BytesFrom(m_recordStart + m_first.size(), header.length),
+            header.fields - m_first.count()};
   }
-  if (m_field == 0) StandOn(bytes, 0);
-  bytes = FieldBytes(header.length);
+  if (m_field == 0) StandOn(FirstFieldBytes(header), 0);
   const std::uint32_t left = m_fieldIndex < header.fields ? header.fields - m_fieldIndex : 0U;
-  const bool read = left > 0 && ReadSize() != 0 && bytes.Skip(ReadSize());
-  return {bytes, left - (read ? 1 : 0)};
+  if (left > 0 && m_readSize != 0)
+    return {BytesFrom(m_field + m_readSize, header.length), left - 1};
+  return {BytesFrom(m_field, header.length), left};
 }
 
 bool CZul3Block::FindField(FID id) {
@@ -416,12 +417,19 @@ int CZul3Block::GetVectorSize() {
 }
 
 bool CZul3Block::View(service::FieldView& view) const {
-  return service::view_field(service::kZul3Fields, FieldBytes(), view);
+  return service::view_field(service::kZul3Fields, BytesFrom(m_field), view);
 }
 
 bool CZul3Block::GetCurrentField(CDataItem* item) {
-  m_read = {m_field, read_field<service::kZul3Fields>(FieldBytes(), item, "CZul3Block")};
-  return m_read.size != 0;
+  const std::uint32_t size = read_value<service::kZul3Fields>(BytesFrom(m_field), item);
+  if (size == 0) return ReadOtherField(item);
+  m_readSize = size;
+  return true;
+}
+
+bool CZul3Block::ReadOtherField(CDataItem* item) {
+  m_readSize = read_other_field<service::kZul3Fields>(BytesFrom(m_field), item, "CZul3Block");
+  return m_readSize != 0;
 }
 
 FID CZul3Block::GetCurrentFieldId() {

@@ -98,9 +98,11 @@ class CZul3Block final : public CDataBlock {
 
   service::Bytes FirstFieldBytes(const Header& header) const;
   bool StandOn(service::Bytes bytes, std::uint32_t fieldIndex);
-  std::uint32_t ReadSize() const;
-  service::Bytes FieldBytes() const;
-  service::Bytes FieldBytes(std::uint32_t length) const;
+  service::Bytes BytesFrom(std::uint32_t offset) const;
+  service::Bytes BytesFrom(std::uint32_t offset, std::uint32_t length) const;
+  // The less common ways of a step and of a read, apart from the others: see `read_value`.
+  [[gnu::noinline]] bool StepOverField();
+  [[gnu::noinline]] bool ReadOtherField(CDataItem* item);
   FieldsFrom RestOfRecord(const Header& header);
   bool View(service::FieldView& view) const;
 
@@ -111,7 +113,7 @@ class CZul3Block final : public CDataBlock {
   std::uint16_t m_finishedFields = 0;  // of the record finished last, for one that stays empty
   std::uint32_t m_recordStart = 0;     // offset of the current record's first field, 0 for none
   std::uint32_t m_field = 0;           // offset of the current field, 0 for none
-  ReadField m_read;
+  std::uint32_t m_readSize = 0;        // of the current field once it was read, else 0
   service::FirstFields<service::kZul3Fields> m_first;
   std::uint32_t m_alike = 0;  // m_recordStart of the last record that was seen to begin with them
   std::uint32_t m_present = UINT32_MAX;  // bytes that are known to be there

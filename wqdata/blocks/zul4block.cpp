@@ -208,8 +208,8 @@ bool CZul4Block::NextRecord() { return service::ZUL4_next_record(m_handle) == 0;
 bool CZul4Block::FirstField() { return service::ZUL4_seek_field(m_handle, 0) == 0; }
 
 bool CZul4Block::NextField() {
-  const std::uint32_t size = m_read.offset == m_handle.field ? m_read.size : 0;
-  return service::ZUL4_next_field(m_handle, size) == 0;
+  if (m_readField != m_handle.field) return service::ZUL4_next_field(m_handle) == 0;
+  return service::ZUL4_next_field(m_handle, m_readSize) == 0;
 }
 
 bool CZul4Block::FindField(FID id) { return service::ZUL4_find_field(m_handle, id) == 0; }
@@ -225,9 +225,19 @@ int CZul4Block::GetVectorSize() {
 }
 
 bool CZul4Block::GetCurrentField(CDataItem* item) {
+  const std::uint32_t size =
+      read_value<service::kZul4Fields>(service::ZUL4_field_bytes(m_handle), item);
+  if (size == 0) return ReadOtherField(item);
+  m_readField = m_handle.field;
+  m_readSize = size;
+  return true;
+}
+
+bool CZul4Block::ReadOtherField(CDataItem* item) {
   const service::Bytes bytes = service::ZUL4_field_bytes(m_handle);
-  m_read = {m_handle.field, read_field<service::kZul4Fields>(bytes, item, "CZul4Block")};
-  return m_read.size != 0;
+  m_readSize = read_other_field<service::kZul4Fields>(bytes, item, "CZul4Block");
+  m_readField = m_readSize != 0 ? m_handle.field : 0;
+  return m_readSize != 0;
 }
 
 FID CZul4Block::GetCurrentFieldId() {

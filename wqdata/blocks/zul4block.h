@@ -86,10 +86,16 @@ class CZul4Block final : public CDataBlock {
   bool AddScalar(CDataItem& item);
   bool AddVector(CDataItem& item);
   bool Refused();
+  [[gnu::noinline]] bool ReadOtherField(CDataItem* item);  // apart from the rest: see `read_value`
 
   service::ZUL4HANDLE m_handle{};
-  ReadField m_read;
+
+  // The field that was read last, 0 for none, and its size: a step behind it need not look at it
+  // again. They stand apart, since of neighbours compilers make one word, and the size, which
+  // follows from the branch that read the field, would wait for the offset from field to field.
+  std::uint32_t m_readField = 0;
   bool m_wrapped = false;  // around received bytes, whatever the read-only flag says
+  std::uint32_t m_readSize = 0;
 };
 
 }  // namespace wqd

@@ -1,3 +1,4 @@
+#include <array>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -99,13 +100,19 @@ void CDataItem::Set(FID id, const char* text, int length) {
   SetText(id, text, length < 0 ? std::strlen(text) : static_cast<std::size_t>(length));
 }
 
-bool CDataItem::SetText(FID id, const char* text, std::size_t length) {
+bool CDataItem::SetText(FID id, const char* text, std::size_t length, std::size_t readable) {
+  using ShortText = std::array<char, 8>;
+  static_assert(kEmbeddedCapacity > sizeof(ShortText));
   if (text == nullptr || is_missing(text)) {
     SetError(id, kMissing);
     return true;
   }
   if (length > kLongestText) return false;
-  if (length < m_capacity) {
+  if (length <= sizeof(ShortText) && readable >= sizeof(ShortText)) {
+    ShortText whole;
+    std::memcpy(whole.data(), text, sizeof whole);
+    std::memcpy(m_string, whole.data(), sizeof whole);
+  } else if (length < m_capacity) {
     std::memmove(m_string, text, length);
   } else {
     char* const larger = new (std::nothrow) char[2 * length];

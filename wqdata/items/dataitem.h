@@ -104,8 +104,10 @@ class WQDATA_API CDataItem {
   /// or more leaves the item as it was.
   void Set(FID id, const char* text, int length);
 
-  /// The same for the first `length` bytes. True when stored, or missing.
-  bool SetText(FID id, const char* text, std::size_t length);
+  /// The same for the first `length` bytes. True when stored, or missing. A caller that knows of
+  /// `readable` bytes at `text`, more than `length`, may say so: a short text is then copied in one
+  /// step, whatever its length.
+  bool SetText(FID id, const char* text, std::size_t length, std::size_t readable = 0);
 
   /// Store a copy of `count` elements. They are not tested for missing-value markers. `values` may
   /// be this item's own vector; null with a count above 0, and a count beyond 2^31 - 1, leave the

@@ -70,9 +70,9 @@ int BigZUL3_add_string_vector(std::uint8_t*& record, FID id, std::uint32_t count
 
 /// The bytes from the next field on, where `bytes` are those from a field on, also across a
 /// record's end. None when there is no other field, and behind one that does not fit or has an
-/// unknown type. A caller that knows the size of the field says it, with 0 for one that does not.
-inline Bytes BigZUL3_next_field(Bytes bytes, std::uint64_t size) {
-  if (size == 0) size = field_size<kZul3Fields>(bytes);
+/// unknown type.
+inline Bytes BigZUL3_next_field(Bytes bytes) {
+  const std::uint64_t size = field_size<kZul3Fields>(bytes);
   return size != 0 && bytes.Skip(size) ? bytes : Bytes{nullptr, 0};
 }
 

@@ -161,12 +161,17 @@ struct FieldView {
   std::uint64_t size = 0;  ///< bytes of the field, all of which are there
 };
 
-/// Finds the first NUL of `bytes`, and how many stand before it: mostly within a word.
+/// Finds the first NUL of `bytes`, and how many stand before it: mostly within two words, between
+/// which no branch has to choose.
 inline bool find_nul(Bytes bytes, std::uint32_t& length) {
-  if (bytes.Left() >= sizeof(std::uint64_t)) {
-    const std::uint64_t ends = zero_bytes(load<std::uint64_t>(bytes.At()));
-    length = first_marked(ends);
-    if (ends != 0) return true;
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  if (bytes.Left() >= 2 * kWord) {
+    const std::uint64_t first = zero_bytes(load<std::uint64_t>(bytes.At()));
+    const std::uint64_t second = zero_bytes(load<std::uint64_t>(bytes.At() + kWord));
+    const std::uint32_t inFirst = first_marked(first);
+    const auto inSecond = static_cast<std::uint32_t>(kWord + first_marked(second));
+    length = first != 0 ? inFirst : inSecond;
+    if ((first | second) != 0) return true;
   }
   const void* const end = std::memchr(bytes.At(), 0, bytes.Left());
   if (end == nullptr) return false;

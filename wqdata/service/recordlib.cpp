@@ -195,6 +195,11 @@ int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index) {
   return kDone;
 }
 
+int ZUL4_next_field(ZUL4HANDLE& handle) {
+  const std::uint64_t size = field_size<kZul4Fields>(ZUL4_field_bytes(handle));
+  return ZUL4_next_field(handle, static_cast<std::uint32_t>(size));
+}
+
 int ZUL4_find_field(ZUL4HANDLE& handle, FID id) {
   if (ZUL4_seek_field(handle, 0) != kDone) return kFailed;
   const FoundField end = find_field<kZul4Fields>(ZUL4_field_bytes(handle), id, UINT32_MAX);

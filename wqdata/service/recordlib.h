@@ -94,13 +94,13 @@ inline Bytes ZUL4_field_bytes(const ZUL4HANDLE& handle) {
   return {handle.record + handle.field, size > before ? size - before : 0};
 }
 
-/// Make a field of the current record the current one. Behind a failing step there is none. A
-/// caller that knows the size of the current field says it, with 0 for one that does not.
+/// Make a field of the current record the current one. Behind a failing step there is none.
 int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index);
-inline int ZUL4_next_field(ZUL4HANDLE& handle, std::uint32_t size = 0) {
-  const Bytes bytes = ZUL4_field_bytes(handle);
-  if (size == 0) size = static_cast<std::uint32_t>(field_size<kZul4Fields>(bytes));
-  const bool more = size != 0 && size < bytes.Left();
+int ZUL4_next_field(ZUL4HANDLE& handle);
+
+/// The same for a caller that knows the size of the current field, or 0 for one that has none.
+inline int ZUL4_next_field(ZUL4HANDLE& handle, std::uint32_t size) {
+  const bool more = size != 0 && size < ZUL4_field_bytes(handle).Left();
   handle.field = more ? handle.field + size : 0;
   return more ? 0 : 1;
 }
