@@ -141,8 +141,13 @@ TEST(Growth, BytesOfTheBlockItselfAreTakenAsTheyStoodThere) {
       const auto* const data = static_cast<const char*>(block->GetData());
       ASSERT_TRUE(block->Add(FID{1}, data + (format == ZUL3 ? 18 : 24)));
     }
+    // Words of the header, as they are before the field is counted.
+    const auto* const words = static_cast<const char*>(block->GetData()) + (format == ZUL3 ? 8 : 0);
+    Fields expected(2001, {TYPE_STRING, 1, text});
+    expected.push_back({TYPE_VECTOR_LONG, 2, std::string(words, 4)});
+    ASSERT_TRUE(block->AddLongVector(FID{2}, reinterpret_cast<const std::int32_t*>(words), 1));
     ASSERT_TRUE(block->EndRecord());
-    EXPECT_EQ(Read(*block), (std::vector<Fields>{Fields(2001, {TYPE_STRING, 1, text})}));
+    EXPECT_EQ(Read(*block), std::vector<Fields>{expected});
   }
   const DataBlockPtr block = NewBlock(Btrieve);
   std::string expected = "ab";

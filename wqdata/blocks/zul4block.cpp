@@ -63,8 +63,7 @@ template <int type, typename Element>
 bool CZul4Block::Append(FID id, Element element, std::uint16_t baseCode) {
   constexpr std::size_t kSize = service::kFixedSize<service::kZul4Fields, type>;
   if (m_readOnly || !service::ZUL4_has_room(m_handle, kSize)) return false;
-  std::uint8_t* const at = service::ZUL4_append(m_handle, kSize);
-  service::write_fixed_field<service::kZul4Fields, type>(at, id, element, baseCode);
+  service::ZUL4_append_fixed<type>(m_handle, id, element, baseCode);
   return true;
 }
 

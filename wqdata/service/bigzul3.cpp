@@ -22,15 +22,17 @@ int add_text(std::uint8_t*& record, FID id, const void* text, std::uint32_t& all
   const std::size_t length = std::strlen(static_cast<const char*>(text));
   const std::uint64_t size = text_field_size<kZul3Fields>(length);
   if (!BigZUL3_get_room(record, size, allocated, &text)) return kRefused;
-  write_text_field<kZul3Fields>(BigZUL3_append(record, size), id, static_cast<const char*>(text),
-                                length);
+  BigZUL3_append(record, size, [=](std::uint8_t* at) {
+    write_text_field<kZul3Fields>(at, id, static_cast<const char*>(text), length);
+  });
   return kAdded;
 }
 
 int add_vector(std::uint8_t*& record, VectorValue value, std::uint32_t& allocated) {
   const std::uint64_t size = vector_field_size(kZul3Fields, value);
   if (size == 0 || !BigZUL3_get_room(record, size, allocated, &value.elements)) return kRefused;
-  write_vector_field(kZul3Fields, value, BigZUL3_append(record, size));
+  BigZUL3_append(record, size,
+                 [&](std::uint8_t* at) { write_vector_field(kZul3Fields, value, at); });
   return kAdded;
 }
 

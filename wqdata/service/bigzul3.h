@@ -31,21 +31,24 @@ inline bool BigZUL3_has_room(const std::uint8_t* record, std::uint64_t size,
 bool BigZUL3_get_room(std::uint8_t*& record, std::uint64_t size, std::uint32_t& allocated,
                       const void** source = nullptr);
 
-/// Counts a field of `size` bytes, for which there is room, and gives its place.
-inline std::uint8_t* BigZUL3_append(std::uint8_t* record, std::uint64_t size) {
+/// Appends a field of `size` bytes, for which there is room: `write` is given its place. Counted it
+/// is behind that, since what is written may be words of this header.
+template <typename Write>
+void BigZUL3_append(std::uint8_t* record, std::uint64_t size, Write write) {
   const auto length = load<std::uint32_t>(record + kZul3LengthAt);
   const auto fields = load<std::uint16_t>(record + kZul3FieldCountAt);
+  write(record + length);
   store(record + kZul3LengthAt, static_cast<std::uint32_t>(length + size));
   store(record + kZul3FieldCountAt, static_cast<std::uint16_t>(fields + 1));
-  return record + length;
 }
 
 /// Appends a field of fixed size, for which there is room.
 template <int type, typename Element>
 void BigZUL3_append_fixed(std::uint8_t* record, FID id, Element element,
                           std::uint16_t baseCode = 0) {
-  std::uint8_t* const at = BigZUL3_append(record, kFixedSize<kZul3Fields, type>);
-  write_fixed_field<kZul3Fields, type>(at, id, element, baseCode);
+  BigZUL3_append(record, kFixedSize<kZul3Fields, type>, [=](std::uint8_t* at) {
+    write_fixed_field<kZul3Fields, type>(at, id, element, baseCode);
+  });
 }
 
 /// Appends a field of one value or text. `value` is its address, in the platform's byte order and

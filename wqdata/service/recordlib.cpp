@@ -72,16 +72,15 @@ bool get_room(ZUL4HANDLE& handle, std::uint64_t size, const void** source = null
 
 template <int type, typename Element>
 int add(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode = 0) {
-  constexpr std::size_t kSize = kFixedSize<kZul4Fields, type>;
-  if (!get_room(handle, kSize)) return kFailed;
-  write_fixed_field<kZul4Fields, type>(ZUL4_append(handle, kSize), id, element, baseCode);
+  if (!get_room(handle, kFixedSize<kZul4Fields, type>)) return kFailed;
+  ZUL4_append_fixed<type>(handle, id, element, baseCode);
   return kDone;
 }
 
 int add_vector(ZUL4HANDLE& handle, VectorValue value) {
   const std::uint64_t size = vector_field_size(kZul4Fields, value);
   if (size == 0 || !get_room(handle, size, &value.elements)) return kFailed;
-  write_vector_field(kZul4Fields, value, ZUL4_append(handle, size));
+  ZUL4_append(handle, size, [&](std::uint8_t* at) { write_vector_field(kZul4Fields, value, at); });
   return kDone;
 }
 
@@ -229,8 +228,9 @@ int ZUL4_add_string(ZUL4HANDLE& handle, FID id, const char* text) {
   const std::uint64_t size = text_field_size<kZul4Fields>(length);
   const void* source = text;
   if (!get_room(handle, size, &source)) return kFailed;
-  write_text_field<kZul4Fields>(ZUL4_append(handle, size), id, static_cast<const char*>(source),
-                                length);
+  ZUL4_append(handle, size, [=](std::uint8_t* at) {
+    write_text_field<kZul4Fields>(at, id, static_cast<const char*>(source), length);
+  });
   return kDone;
 }
 

@@ -122,17 +122,27 @@ inline bool ZUL4_has_room(const ZUL4HANDLE& handle, std::uint64_t size) {
   return size <= handle.capacity - length && fields != UINT16_MAX;
 }
 
-/// Counts a field of `size` bytes, for which there is room, and gives its place.
-inline std::uint8_t* ZUL4_append(ZUL4HANDLE& handle, std::uint64_t size) {
+/// Appends a field of `size` bytes, for which there is room: `write` is given its place. Counted it
+/// is behind that, since what is written may be words of these headers.
+template <typename Write>
+void ZUL4_append(ZUL4HANDLE& handle, std::uint64_t size, Write write) {
   std::uint8_t* const record = handle.record;
   const std::uint32_t current = handle.current;
   const auto length = load<std::uint32_t>(record + kZul4LengthAt);
   const auto fields = load<std::uint16_t>(record + current + kZul4FieldCountAt);
   const auto end = static_cast<std::uint32_t>(length + size);
+  write(record + length);
   store(record + current + kZul4RecordLengthAt, end - current);
   store(record + current + kZul4FieldCountAt, static_cast<std::uint16_t>(fields + 1));
   store(record + kZul4LengthAt, end);
-  return record + length;
+}
+
+/// Appends a field of fixed size, for which there is room.
+template <int type, typename Element>
+void ZUL4_append_fixed(ZUL4HANDLE& handle, FID id, Element element, std::uint16_t baseCode = 0) {
+  ZUL4_append(handle, kFixedSize<kZul4Fields, type>, [=](std::uint8_t* at) {
+    write_fixed_field<kZul4Fields, type>(at, id, element, baseCode);
+  });
 }
 
 /// Append a field to the last record, which becomes the current one. Refused without an open
