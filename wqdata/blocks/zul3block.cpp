@@ -395,8 +395,9 @@ inline CZul3Block::FieldsFrom CZul3Block::RestOfRecord(const Header& header) {
 bool CZul3Block::FindField(FID id) {
   const Header header = ReadHeader();
   service::Bytes bytes = FirstFieldBytes(header);
-  if (m_first.Match(bytes, header.fields)) {
-    m_alike = m_recordStart;
+  const bool alike = m_first.Match(bytes, header.fields);
+  m_alike = alike ? m_recordStart : 0;  // 0 also since a record that is not may be learned from
+  if (alike) {
     const std::uint32_t field = m_first.Find(id);
     if (field < m_first.count()) {
       bytes.Skip(m_first.OffsetOf(field));
