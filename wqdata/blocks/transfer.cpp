@@ -13,21 +13,17 @@ namespace {
 
 constexpr int kRefused = -1;
 
-int largest_field_count(CDataBlock& source) {
-  int largest = 0;
-  for (bool more = source.FirstRecord(); more; more = source.NextRecord()) {
-    largest = std::max(largest, source.GetFieldCount());
-  }
-  return largest;
-}
-
-/// What a source says of itself, for a walk to be held against. Text says nothing.
+/// What a source says of itself, for its records to be made alike and for a walk to be held
+/// against. Text says nothing.
 class Declared {
  public:
   explicit Declared(CDataBlock& source)
       : m_source(source),
         m_zul4(dynamic_cast<CZul4Block*>(&source)),
         m_counts(source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4) {}
+
+  /// The fields of the largest record, where records differ: 0 where they can't.
+  int LargestFieldCount() const { return m_zul4 != nullptr ? m_zul4->LargestFieldCount() : 0; }
 
   /// Whether the current record says that it has so many fields.
   bool HasFields(int fields) const {
@@ -64,26 +60,28 @@ int add_fields(CDataBlock& source, const Declared& declared, CDataBlock& target,
   return written;
 }
 
-/// Whether the record that was just ended, with so many fields, is not there. No operation says so
-/// of a record without fields, which ZUL3 does not count, and a read-only block leaves alone.
-bool is_lost(CDataBlock& target, int recordsBefore, int written) {
-  if (target.GetRecordCount() > recordsBefore) return false;
-  return written > 0 || (target.GetFormat() == ZUL4 && !target.IsReadOnly());
+/// Whether the record that was just ended, with so many fields, is there. No operation says that it
+/// is not of a record without fields, which ZUL3 does not count, and a read-only block leaves
+/// alone.
+bool is_there(CDataBlock& target, int recordsBefore, int recordsNow, int written) {
+  if (recordsNow > recordsBefore) return true;
+  return written == 0 && (target.GetFormat() != ZUL4 || target.IsReadOnly());
 }
 
 bool add_records(CDataBlock& source, CDataBlock& target) {
-  const bool padded = target.GetFormat() == ZUL3 && source.GetFormat() == ZUL4;
-  const int fields = padded ? largest_field_count(source) : 0;
   const Declared declared(source);
+  const int fields = target.GetFormat() == ZUL3 ? declared.LargestFieldCount() : 0;
   CDataItem item;
   int records = 0;
+  int before = target.GetRecordCount();
   for (bool more = source.FirstRecord(); more; more = source.NextRecord(), ++records) {
-    const int before = target.GetRecordCount();
     target.StartRecord();
     const int written = add_fields(source, declared, target, fields, item);
     if (written == kRefused) return false;
     target.EndRecord();
-    if (is_lost(target, before, written)) return false;
+    const int now = target.GetRecordCount();
+    if (!is_there(target, before, now, written)) return false;
+    before = now;
   }
   return declared.HasNoMoreThan(records);
 }

@@ -49,6 +49,8 @@ int CZul4Block::GetFieldCount() { return service::ZUL4_field_count(m_handle); }
 
 int CZul4Block::DeclaredFieldCount() const { return service::ZUL4_declared_field_count(m_handle); }
 
+int CZul4Block::LargestFieldCount() const { return service::ZUL4_largest_field_count(m_handle); }
+
 bool CZul4Block::StartRecord() {
   if (!IsWritable()) return false;
   if (m_handle.record == nullptr) service::ZUL4_create(m_handle);

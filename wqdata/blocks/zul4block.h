@@ -44,6 +44,9 @@ class CZul4Block final : public CDataBlock {
   /// What the current record declares, even if it can't be true.
   int DeclaredFieldCount() const;
 
+  /// The largest `GetFieldCount` of its records. The cursors stay.
+  int LargestFieldCount() const;
+
   int GetVectorSize() override;
   bool StartRecord() override;
   bool EndRecord() override;

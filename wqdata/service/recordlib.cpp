@@ -24,6 +24,14 @@ Bytes current_record(const ZUL4HANDLE& handle) {
   return {at, load<std::uint32_t>(at + kZul4RecordLengthAt)};
 }
 
+/// The fields that a record declares, as far as its bytes can hold them.
+std::uint16_t fields_in(Bytes record) {
+  if (record.Left() == 0) return 0;
+  const auto declared = load<std::uint16_t>(record.At() + kZul4FieldCountAt);
+  const std::size_t most = (record.Left() - kZul4RecordHead) / kFieldHead;
+  return static_cast<std::uint16_t>(std::min<std::size_t>(declared, most));
+}
+
 void stand_on_record(ZUL4HANDLE& handle, std::uint32_t index, std::uint32_t offset) {
   handle.index = static_cast<std::uint16_t>(index);
   handle.current = offset;
@@ -176,10 +184,19 @@ std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle) {
 }
 
 std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle) {
-  const std::uint16_t declared = ZUL4_declared_field_count(handle);
-  if (declared == 0) return 0;
-  const std::size_t fields = current_record(handle).Left() - kZul4RecordHead;
-  return static_cast<std::uint16_t>(std::min<std::size_t>(declared, fields / kFieldHead));
+  return fields_in(current_record(handle));
+}
+
+std::uint16_t ZUL4_largest_field_count(const ZUL4HANDLE& handle) {
+  std::uint16_t largest = 0;
+  Bytes record = record_at(handle, kZul4HeaderSize);
+  std::uint32_t offset = kZul4HeaderSize;
+  for (auto records = ZUL4_record_count(handle); records > 0 && record.Left() != 0; --records) {
+    largest = std::max(largest, fields_in(record));
+    offset += static_cast<std::uint32_t>(record.Left());
+    record = record_at(handle, offset);
+  }
+  return largest;
 }
 
 int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index) {

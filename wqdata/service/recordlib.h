@@ -82,6 +82,9 @@ Bytes ZUL4_record(Bytes bytes);
 std::uint16_t ZUL4_declared_field_count(const ZUL4HANDLE& handle);
 std::uint16_t ZUL4_field_count(const ZUL4HANDLE& handle);
 
+/// The latter's largest of all records that a walk comes to.
+std::uint16_t ZUL4_largest_field_count(const ZUL4HANDLE& handle);
+
 /// Looks at the current field. Nonzero when there is none, or it does not fit its record.
 int ZUL4_current_field(const ZUL4HANDLE& handle, FieldView& view);
 
