@@ -38,7 +38,7 @@ std::uint32_t read_price(service::Bytes bytes, CDataItem& item) {
 }
 
 template <const service::FieldFormat& format>
-std::uint32_t read_text(service::Bytes bytes, CDataItem& item) {
+[[gnu::always_inline]] inline std::uint32_t read_text(service::Bytes bytes, CDataItem& item) {
   std::uint32_t length = 0;
   if (!service::measure_text(format, bytes, length)) return 0;
   const auto id = service::load<FID>(bytes.At() + sizeof(std::uint16_t));

@@ -206,7 +206,7 @@ bool CZul4Block::FirstRecord() { return service::ZUL4_seek_record(m_handle, 0) =
 
 bool CZul4Block::NextRecord() { return service::ZUL4_next_record(m_handle) == 0; }
 
-bool CZul4Block::FirstField() { return service::ZUL4_seek_field(m_handle, 0) == 0; }
+bool CZul4Block::FirstField() { return service::ZUL4_first_field(m_handle) == 0; }
 
 bool CZul4Block::NextField() {
   if (m_readField != m_handle.field) return service::ZUL4_next_field(m_handle) == 0;

@@ -199,25 +199,13 @@ std::uint16_t ZUL4_largest_field_count(const ZUL4HANDLE& handle) {
   return largest;
 }
 
-int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index) {
-  handle.field = handle.current == 0 ? 0 : handle.current + kZul4RecordHead;
-  if (ZUL4_field_bytes(handle).Left() == 0) {
-    handle.field = 0;
-    return kFailed;
-  }
-  for (; index > 0; --index) {
-    if (ZUL4_next_field(handle) != kDone) return kFailed;
-  }
-  return kDone;
-}
-
 int ZUL4_next_field(ZUL4HANDLE& handle) {
   const std::uint64_t size = field_size<kZul4Fields>(ZUL4_field_bytes(handle));
   return ZUL4_next_field(handle, static_cast<std::uint32_t>(size));
 }
 
 int ZUL4_find_field(ZUL4HANDLE& handle, FID id) {
-  if (ZUL4_seek_field(handle, 0) != kDone) return kFailed;
+  if (ZUL4_first_field(handle) != kDone) return kFailed;
   const FoundField end = find_field<kZul4Fields>(ZUL4_field_bytes(handle), id, UINT32_MAX);
   handle.field = end.found ? static_cast<std::uint32_t>(end.bytes.At() - handle.record) : 0;
   return end.found ? kDone : kFailed;

@@ -98,7 +98,12 @@ inline Bytes ZUL4_field_bytes(const ZUL4HANDLE& handle) {
 }
 
 /// Make a field of the current record the current one. Behind a failing step there is none.
-int ZUL4_seek_field(ZUL4HANDLE& handle, std::uint32_t index);
+inline int ZUL4_first_field(ZUL4HANDLE& handle) {
+  handle.field = handle.current == 0 ? 0 : handle.current + kZul4RecordHead;
+  if (ZUL4_field_bytes(handle).Left() != 0) return 0;
+  handle.field = 0;
+  return 1;
+}
 int ZUL4_next_field(ZUL4HANDLE& handle);
 
 /// The same for a caller that knows the size of the current field, or 0 for one that has none.
