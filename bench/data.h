@@ -43,6 +43,15 @@ inline constexpr std::size_t kElements = 256;
 const std::vector<Row>& rows();
 const std::vector<VectorRow>& vector_rows();
 
+/// One field of all rows by itself: a loop over the rows would also wait for the bytes of the other
+/// fields, which a program that has such values does not carry along.
+template <typename Value>
+std::vector<Value> column(Value Row::*field) {
+  std::vector<Value> values;
+  for (const Row& row : rows()) values.push_back(row.*field);
+  return values;
+}
+
 /// What a walk adds up of a value, so that no field can be left out unnoticed.
 inline std::uint64_t digest(std::int32_t value) { return static_cast<std::uint32_t>(value); }
 inline std::uint64_t digest(double value) { return std::bit_cast<std::uint64_t>(value); }

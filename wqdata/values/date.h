@@ -40,8 +40,8 @@ class WQDATA_API CZulDate {
   /// Stores any three numbers. A year of 0 to 69 becomes one of 2000 to 2069 and a year of 70 to
   /// 99 one of 1970 to 1999, unless all three numbers are 0.
   void Set(int month, int day, int year) {
-    m_month = month;
-    m_day = day;
+    m_dayAndMonth =
+        std::uint64_t{static_cast<std::uint32_t>(month)} << 32 | static_cast<std::uint32_t>(day);
     m_year = year;
     const bool zero = month == 0 && day == 0 && year == 0;
     if (year >= 0 && year <= 99 && !zero) m_year += year >= 70 ? 1900 : 2000;
@@ -72,8 +72,8 @@ class WQDATA_API CZulDate {
   int Compare(const CZulDate& other) const;
 
   /// The three numbers, whatever they are.
-  int Day() const { return m_day; }
-  int Month() const { return m_month; }
+  int Day() const { return static_cast<std::int32_t>(m_dayAndMonth); }
+  int Month() const { return static_cast<std::int32_t>(m_dayAndMonth >> 32); }
   int Year() const { return m_year; }
 
   /// The day number, see `DateToInt`: 0 for a date out of its range.
@@ -107,15 +107,14 @@ class WQDATA_API CZulDate {
 
   /// The low 8 bits of day and month and the low 16 bits of the year.
   operator ZULDATE() const {
-    return {static_cast<std::int8_t>(m_day), static_cast<std::int8_t>(m_month),
+    return {static_cast<std::int8_t>(Day()), static_cast<std::int8_t>(Month()),
             static_cast<std::uint16_t>(m_year)};
   }
 
  private:
   CZulDate Moved(std::int64_t days) const;
 
-  std::int32_t m_day = 0;
-  std::int32_t m_month = 0;
+  std::uint64_t m_dayAndMonth = 0;  // one word: of two, a copy of the date waits for the stores
   std::int32_t m_year = 0;
 };
 
