@@ -56,6 +56,9 @@ TEST(Item, PrintsWithinItsBuffer) {
   const std::pair<CDataItem, std::string> rows[] = {
       {{FID{7}, -1234.56789}, "-1234.5679"},
       {{FID{7}, -INT_MAX}, "-2147483647"},
+      {{FID{7}, -99999999}, "-99999999"},
+      {{FID{7}, 12345678}, "12345678"},
+      {{FID{7}, std::int16_t{0}}, "0"},
       {text_item({"ab\0cd", 5}), "ab"},
       {text_item(std::string(700, 'x')), std::string(700, 'x')},
       {CDataItem(), "N/A"},

@@ -45,6 +45,23 @@ inline char* put_without_zeros(char* at, std::uint64_t digits, int least) {
   return at + 8 - skipped;
 }
 
+/// The room for `put_short` and a sign in front.
+inline constexpr int kShortRoom = 10;
+
+/// Writes a number below `kEightDigits` and its NUL, and leaves the bytes behind as they were: for
+/// the buffers of others, of which the functions above would write more. The number of its digits.
+inline int put_short(char* at, std::uint64_t number) {
+  const std::uint64_t digits = eight_digits(number);
+  const int skipped = std::min(std::countr_zero(digits) / 8, 7);
+  const int length = 8 - skipped;
+  std::uint64_t behind = 0;
+  std::memcpy(&behind, at, sizeof behind);
+  behind = in_record_order(behind) & ~std::uint64_t{0} << 4 * (length + 1) << 4 * (length + 1);
+  put_word(at, (digits | kZeros) >> 8 * skipped | behind);
+  if (length == 8) at[length] = '\0';
+  return length;
+}
+
 /// Writes a number below 10^16 with a point in front of its last `decimals` digits, 0 to 7, and a
 /// digit at least in front of the point. Where the text ends: no NUL.
 inline char* put_scaled(char* at, std::uint64_t number, int decimals) {

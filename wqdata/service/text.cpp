@@ -88,15 +88,15 @@ std::string_view fixed_text(double value, NumberText& room, int decimals) {
 }
 
 int put_decimal(std::int32_t value, char* buffer, int size) {
-  constexpr int kLongest = 11;
-  std::array<char, kLongest> room;
-  const bool fits = size > kLongest;
-  char* const begin = fits ? buffer : room.data();
-  char* const end = std::to_chars(begin, begin + kLongest, value).ptr;
-  const auto length = static_cast<std::size_t>(end - begin);
-  if (!fits) return put_text({begin, length}, buffer, size);
-  *end = '\0';
-  return static_cast<int>(length);
+  const auto bits = static_cast<std::uint32_t>(value);
+  const std::uint32_t magnitude = value < 0 ? 0 - bits : bits;
+  if (size >= kShortRoom && magnitude < kEightDigits) {
+    *buffer = '-';
+    return (value < 0) + put_short(buffer + (value < 0), magnitude);
+  }
+  std::array<char, 11> room;
+  const char* const end = std::to_chars(room.data(), room.data() + room.size(), value).ptr;
+  return put_text({room.data(), static_cast<std::size_t>(end - room.data())}, buffer, size);
 }
 
 TextWriter& TextWriter::Put(char c) {
