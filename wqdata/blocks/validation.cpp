@@ -35,6 +35,7 @@ const char* take_field(const service::FieldFormat& format, Bytes& bytes) {
 /// fault: why, or null. Each takes bytes, so that `count` alone keeps no loop going.
 template <const service::FieldFormat& format>
 const char* take_fields(Bytes& bytes, std::uint32_t count, FirstFields<format>& first) {
+  bytes.AskAhead();
   std::uint32_t taken = 0;
   if (first.Match(bytes, count)) {
     bytes.Skip(first.size());

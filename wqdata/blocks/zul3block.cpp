@@ -373,6 +373,7 @@ bool CZul3Block::NextRecord() {
   }
   ++m_recordIndex;
   const FieldsFrom rest = RestOfRecord(header);
+  rest.bytes.AskAhead();
   StandOn(service::skip_fields<service::kZul3Fields>(rest.bytes, rest.count), 0);
   m_recordStart = m_field;
   return m_field != 0;

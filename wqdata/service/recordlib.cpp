@@ -173,6 +173,7 @@ int ZUL4_seek_record(ZUL4HANDLE& handle, std::uint32_t index) {
 int ZUL4_next_record(ZUL4HANDLE& handle) {
   const Bytes record = current_record(handle);
   if (record.Left() == 0) return kFailed;
+  record.AskAhead();
   return enter_record(handle, std::uint32_t{handle.index} + 1,
                       handle.current + static_cast<std::uint32_t>(record.Left()));
 }
