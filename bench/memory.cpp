@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
 namespace {
@@ -31,7 +32,9 @@ void grow(cf_id format) {
   for (int size = 0; size < kMost; size = block->GetDataSize()) {
     // Records of at most 65535 fields; a Btrieve block has bytes alone.
     for (int i = 0; i < 1000; ++i) {
-      if (!block->Add(FID{1}, "a text of some length")) block->AddBlob(FID{1}, "some bytes", 10);
+      const bool added = format == Btrieve ? block->AddBlob(FID{1}, "some bytes", 10)
+                                           : block->Add(FID{1}, "a text of some length");
+      if (!added) std::exit(EXIT_FAILURE);
     }
     block->EndRecord();
     block->StartRecord();

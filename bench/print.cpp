@@ -199,7 +199,8 @@ double read_all(const Texts& texts, Read read) {
 
 template <typename Texts, typename Read>
 void register_read(const char* name, double sum, const Texts& texts, Read read) {
-  series(std::string("Number from the text of an item/") + name, rows().size(),
+  const std::size_t passes = (rows().size() + texts.size() - 1) / texts.size();
+  series(std::string("Number from the text of an item/") + name, passes * texts.size(),
          read_all(texts, read) == sum, [&texts, read] { return read_all(texts, read); });
 }
 

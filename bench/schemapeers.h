@@ -9,7 +9,8 @@
 
 namespace wqd_bench {
 
-/// Build all records, each kind in a buffer of its own that the others look at. The bytes.
+/// Build all records, each kind in a buffer of its own that the functions below look at. They give
+/// the number of bytes.
 std::size_t build_messages();
 std::size_t build_tables();
 
@@ -25,9 +26,10 @@ std::uint64_t visit_tables();
 /// takes that does not know the fields of what it receives.
 void build_tagged_tables();
 
-/// Every field of verified ones.
+/// Every field of them, in verified tables.
 std::uint64_t walk_tagged_tables();
 
+/// Verifies the tables of `build_tables`.
 bool are_valid_tables();
 
 }  // namespace wqd_bench

@@ -113,7 +113,8 @@ bool CTextBlock::AddLine(CDataBlock& source) {
   CDataItem item;
   StartRecord();
   for (bool more = source.FirstField(); more; more = source.NextField()) {
-    if (!source.GetCurrentField(&item)) item.SetError(FID{0}, kNeverSet);
+    item.SetError(FID{0}, kNeverSet);  // which a field that can't be read leaves
+    source.GetCurrentField(&item);
     if (Add(item)) continue;
     service::log_message(
         service::kLevelFailed,

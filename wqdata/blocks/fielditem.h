@@ -13,7 +13,8 @@ inline ZULTIME brought_together(const ZULTIME& time) {
   return time.seconds < 60 ? time : ZULTIME(CZulTime(time));
 }
 
-/// A part of `read_other_field`.
+/// Reads a field of any kind but those of a fixed size and texts, which `read_other_field` has
+/// left.
 std::uint32_t read_any_field(const service::FieldFormat& format, service::Bytes bytes,
                              CDataItem* item, const char* reader);
 

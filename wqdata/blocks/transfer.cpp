@@ -22,8 +22,16 @@ class Declared {
         m_zul4(dynamic_cast<CZul4Block*>(&source)),
         m_counts(source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4) {}
 
-  /// The fields of the largest record, where records differ: 0 where they can't.
-  int LargestFieldCount() const { return m_zul4 != nullptr ? m_zul4->LargestFieldCount() : 0; }
+  /// The fields of the largest record, where records may differ: 0 where they can't.
+  int LargestFieldCount() const {
+    if (m_source.GetFormat() != ZUL4) return 0;
+    if (m_zul4 != nullptr) return m_zul4->LargestFieldCount();
+    int largest = 0;
+    for (bool more = m_source.FirstRecord(); more; more = m_source.NextRecord()) {
+      largest = std::max(largest, m_source.GetFieldCount());
+    }
+    return largest;
+  }
 
   /// Whether the current record says that it has so many fields.
   bool HasFields(int fields) const {
@@ -46,7 +54,7 @@ class Declared {
 /// `fields`. How many that were; kRefused also for a record of another number of fields than it
 /// declares: by a wrong one, the fields of other records would be read as its own.
 ///
-/// Every field goes through `item`, for which the time to make one is not spent anew.
+/// Every field goes through the one `item`: to make one takes longer than to read a field.
 int add_fields(CDataBlock& source, const Declared& declared, CDataBlock& target, int fields,
                CDataItem& item) {
   int written = 0;
@@ -60,9 +68,9 @@ int add_fields(CDataBlock& source, const Declared& declared, CDataBlock& target,
   return written;
 }
 
-/// Whether the record that was just ended, with so many fields, is there. No operation says that it
-/// is not of a record without fields, which ZUL3 does not count, and a read-only block leaves
-/// alone.
+/// Whether the record that was just ended, with so many fields, is in the target. A count that did
+/// not grow says that it is not, but for a record without fields: ZUL3 counts none, and a read-only
+/// block takes none.
 bool is_there(CDataBlock& target, int recordsBefore, int recordsNow, int written) {
   if (recordsNow > recordsBefore) return true;
   return written == 0 && (target.GetFormat() != ZUL4 || target.IsReadOnly());

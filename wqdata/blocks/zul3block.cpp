@@ -379,7 +379,8 @@ bool CZul3Block::NextRecord() {
   return m_field != 0;
 }
 
-/// Fields of the current record that it ends with: not more than from the current field on.
+/// The fields that the current record ends with, from the current one on or from a later one whose
+/// place is known.
 inline CZul3Block::FieldsFrom CZul3Block::RestOfRecord(const Header& header) {
   const bool alike = m_alike != 0 && m_alike == m_recordStart;
   if (alike && m_fieldIndex < m_first.count() && m_first.count() <= header.fields) {
@@ -388,8 +389,9 @@ inline CZul3Block::FieldsFrom CZul3Block::RestOfRecord(const Header& header) {
   }
   if (m_field == 0) StandOn(FirstFieldBytes(header), 0);
   const std::uint32_t left = m_fieldIndex < header.fields ? header.fields - m_fieldIndex : 0U;
-  if (left > 0 && m_readSize != 0)
+  if (left > 0 && m_readSize != 0) {
     return {BytesFrom(m_field + m_readSize, header.length), left - 1};
+  }
   return {BytesFrom(m_field, header.length), left};
 }
 
@@ -397,7 +399,7 @@ bool CZul3Block::FindField(FID id) {
   const Header header = ReadHeader();
   service::Bytes bytes = FirstFieldBytes(header);
   const bool alike = m_first.Match(bytes, header.fields);
-  m_alike = alike ? m_recordStart : 0;  // 0 also since a record that is not may be learned from
+  m_alike = alike ? m_recordStart : 0;  // a miss may have changed what the others were alike to
   if (alike) {
     const std::uint32_t field = m_first.Find(id);
     if (field < m_first.count()) {

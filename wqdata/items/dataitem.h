@@ -86,7 +86,7 @@ class WQDATA_API CDataItem {
   void Set(FID id, const CZulTime& value) { Set(id, static_cast<ZULTIME>(value)); }
   void Set(FID id, const ZULTIME& value) { SetValue(id, TYPE_TIME, m_value.asTime, value); }
 
-  /// As `Set(id, CFixPtNum(price, baseCode))`, with no price that is made and copied.
+  /// As `Set(id, CFixPtNum(price, baseCode))`, for records: the price is made where it stays.
   void SetPrice(FID id, std::int32_t price, int baseCode) {
     if (static_cast<std::int16_t>(baseCode) != baseCode) return Set(id, CFixPtNum(price, baseCode));
     SetHeader(id, TYPE_LPACK, sizeof(FPN));
@@ -105,8 +105,8 @@ class WQDATA_API CDataItem {
   void Set(FID id, const char* text, int length);
 
   /// The same for the first `length` bytes. True when stored, or missing. A caller that knows of
-  /// `readable` bytes at `text`, more than `length`, may say so: a short text is then copied in one
-  /// step, whatever its length.
+  /// `readable` bytes at `text`, which must be there, may say so: where there are 8, a text up to
+  /// that length is copied in one step.
   bool SetText(FID id, const char* text, std::size_t length, std::size_t readable = 0);
 
   /// Store a copy of `count` elements. They are not tested for missing-value markers. `values` may

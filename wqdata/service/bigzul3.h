@@ -31,8 +31,8 @@ inline bool BigZUL3_has_room(const std::uint8_t* record, std::uint64_t size,
 bool BigZUL3_get_room(std::uint8_t*& record, std::uint64_t size, std::uint32_t& allocated,
                       const void** source = nullptr);
 
-/// Appends a field of `size` bytes, for which there is room: `write` is given its place. Counted it
-/// is behind that, since what is written may be words of this header.
+/// Appends a field of `size` bytes, for which there is room: `write` is given its place. The field
+/// is counted once it is written, since it may be made of words of this header.
 template <typename Write>
 void BigZUL3_append(std::uint8_t* record, std::uint64_t size, Write write) {
   const auto length = load<std::uint32_t>(record + kZul3LengthAt);
@@ -52,8 +52,8 @@ void BigZUL3_append_fixed(std::uint8_t* record, FID id, Element element,
 }
 
 /// Appends a field of one value or text. `value` is its address, in the platform's byte order and
-/// of the width of `type`; a text is NUL-ended. Zero when added; nonzero for a type without such a
-/// field, null, a field count beyond 16 bits, a record near 2 GiB, and without memory.
+/// of the width of `type`; a text is NUL-ended. Zero when added; nonzero for a type without a value
+/// or with several, null, a field count beyond 16 bits, a record near 2 GiB, and without memory.
 int BigZUL3_add_field(std::uint8_t*& record, int type, FID id, const void* value,
                       std::uint32_t& allocated);
 

@@ -15,8 +15,10 @@
 
 namespace wqd::service {
 
-/// What the functions below may write to, however short their text: whole words, not digits.
+/// What `put_long` and `put_double` may write to, however short their text, since they write whole
+/// words: a sign, two words of digits, and one behind the point.
 inline constexpr std::size_t kDigitsRoom = 32;
+static_assert(kDigitsRoom >= 1 + 3 * sizeof(std::uint64_t));
 
 inline constexpr std::uint64_t kEightDigits = 100'000'000;
 inline constexpr std::uint64_t kZeros = 0x3030303030303030;  // as characters
@@ -37,8 +39,8 @@ inline void put_word(char* at, std::uint64_t characters) {
   std::memcpy(at, &characters, sizeof characters);
 }
 
-/// Writes `digits` without the zeros in front, but `least` of them at least, 1 to 8. Where they
-/// end.
+/// Writes `digits` without the zeros in front, but `least` of them at least, 1 to 8, and NULs up to
+/// a whole word. Where the digits end.
 inline char* put_without_zeros(char* at, std::uint64_t digits, int least) {
   const int skipped = std::min(std::countr_zero(digits) / 8, 8 - least);
   put_word(at, (digits | kZeros) >> 8 * skipped);

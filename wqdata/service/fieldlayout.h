@@ -4,6 +4,7 @@
 #ifndef WQDATA_SERVICE_FIELDLAYOUT_H_
 #define WQDATA_SERVICE_FIELDLAYOUT_H_
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -209,13 +210,16 @@ inline constexpr std::uint64_t kTypesOfSize = [] {
   return types;
 }();
 
-/// The size of a field that takes a fixed number of bytes, or is a text: 0 for one that does not
-/// fit, and for any other type. A branch for each size and no table, but where the bytes end: the
-/// place of the next field then follows from predicted branches, and does not wait for the type
-/// word to be read.
+/// The size of a field of one value or a text: 0 for one that does not fit, and mostly for any
+/// other. A branch for each size and no table, but where the bytes end: the place of the next field
+/// then follows from predicted branches, and does not wait for the type word to be read. Inlined,
+/// as are the loops around it, or the caller would wait for the size to be returned.
 template <const FieldFormat& format>
 [[gnu::always_inline]] inline std::uint64_t common_field_size(Bytes bytes) {
   constexpr std::size_t kLargestFixed = 12;
+  static_assert(std::all_of(format.layouts.begin(), format.layouts.end(), [](FieldLayout layout) {
+    return layout.fixedSize <= kLargestFixed && layout.fixedSize % 2 == 0;
+  }));
   if (bytes.Left() < kFieldHead) return 0;
   const auto type = load<std::uint16_t>(bytes.At());
   if (bytes.Left() >= kLargestFixed) {
@@ -268,9 +272,10 @@ template <const FieldFormat& format>
   for (std::uint32_t skipped = 0; bytes.Left() >= kFieldHead; ++skipped) {
     const bool matches = load<FID>(bytes.At() + sizeof(std::uint16_t)) == id;
     const std::uint64_t size = field_size<format>(bytes);
-    if (matches && (size != 0 || find_layout(format, load<std::uint16_t>(bytes.At())) == nullptr)) {
-      return {bytes, skipped, true};
-    }
+    const auto isUnknown = [bytes] {
+      return find_layout(format, load<std::uint16_t>(bytes.At())) == nullptr;
+    };
+    if (matches && (size != 0 || isUnknown())) return {bytes, skipped, true};
     if (skipped + 1 >= most) return {bytes, skipped, false};
     if (size == 0) break;
     bytes.Skip(size);

@@ -17,8 +17,8 @@ template <const FieldFormat& format>
 class FirstFields {
  public:
   /// True when a record of `count` fields at the front of `bytes` begins with the known ones. False
-  /// too near the end of the bytes, and for a record that has other fields: of some of these it
-  /// then learns the fields.
+  /// for one that begins otherwise, or has too few bytes behind its front to tell. Of some of these
+  /// records, the first of all, their own first fields become the known ones.
   bool Match(Bytes bytes, std::uint32_t count) {
     if (m_count > 0 && m_count <= count && bytes.Left() >= kMostBytes && !Differs(bytes.At())) {
       return true;
@@ -39,7 +39,7 @@ class FirstFields {
   std::uint32_t OffsetOf(std::uint32_t field) const { return m_ends[field]; }
 
  private:
-  static constexpr std::uint32_t kMostBytes = 64;
+  static constexpr std::uint32_t kMostBytes = 64;  // the common record's, in few enough words
   static constexpr std::uint32_t kMostFields = kMostBytes / kFieldHead;
   static constexpr std::uint32_t kMissesForEachLesson = 16;  // learning costs as much as a walk
 

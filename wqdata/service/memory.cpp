@@ -17,6 +17,7 @@ void* grown(void* bytes, std::uint32_t& capacity, std::uint64_t needed, const vo
   if (needed <= capacity) return bytes;
   const std::uintptr_t offset = source == nullptr ? UINTPTR_MAX : address(*source) - address(bytes);
   const bool within = offset < capacity;
+  // Twice, for the fewest moves: pages that nothing was written to yet are only asked for.
   const std::uint64_t twice = std::uint64_t{capacity} * 2;
   std::uint64_t size = std::min(std::max(twice, needed), kLargestBlock);
   void* moved = std::realloc(bytes, static_cast<std::size_t>(size));

@@ -97,13 +97,16 @@ inline Bytes ZUL4_field_bytes(const ZUL4HANDLE& handle) {
   return {handle.record + handle.field, size > before ? size - before : 0};
 }
 
-/// Make a field of the current record the current one. Behind a failing step there is none.
+/// Makes the first field of the current record the current one; none is when the record has none.
 inline int ZUL4_first_field(ZUL4HANDLE& handle) {
   handle.field = handle.current == 0 ? 0 : handle.current + kZul4RecordHead;
   if (ZUL4_field_bytes(handle).Left() != 0) return 0;
   handle.field = 0;
   return 1;
 }
+
+/// Makes the next one the current one. Behind the last field, and one that can't be stepped over,
+/// there is none.
 int ZUL4_next_field(ZUL4HANDLE& handle);
 
 /// The same for a caller that knows the size of the current field, or 0 for one that has none.
@@ -130,8 +133,8 @@ inline bool ZUL4_has_room(const ZUL4HANDLE& handle, std::uint64_t size) {
   return size <= handle.capacity - length && fields != UINT16_MAX;
 }
 
-/// Appends a field of `size` bytes, for which there is room: `write` is given its place. Counted it
-/// is behind that, since what is written may be words of these headers.
+/// Appends a field of `size` bytes, for which there is room: `write` is given its place. The field
+/// is counted once it is written, since it may be made of words of these headers.
 template <typename Write>
 void ZUL4_append(ZUL4HANDLE& handle, std::uint64_t size, Write write) {
   std::uint8_t* const record = handle.record;

@@ -31,14 +31,15 @@ inline constexpr double kLargestProduct = FLT_EVAL_METHOD == 0 ? 0x1p52 : 0.0;
 /// What `magnitude` × `factor` has above `product`, its rounded value: exact where the product lies
 /// between 0.5 and `kLargestProduct`, and the factor has at most 26 significant bits. Each part of
 /// the magnitude times the factor is then exact, and what is left of the sum fits in a double.
+/// std::fma would tell the same, by a slow call where processors may be without its instruction.
 inline double lost_by_rounding(double magnitude, double factor, double product) {
   constexpr std::uint64_t kUpperBits = ~std::uint64_t{0} << 27;
   const auto upper = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) & kUpperBits);
   return (upper * factor - product) + (magnitude - upper) * factor;
 }
 
-/// The whole number nearest to the exact product of a number not below 0 and a scale's factor, up
-/// to 10^8, which is below `kLargestProduct`; of a half the upper one when `up(lower)`. The product
+/// The whole number nearest to the exact product, below `kLargestProduct`, of a number not below 0
+/// and a scale's factor, at most 10^8; of a half the upper one when `up(lower)`. The product
 /// itself is rounded, by less than anything that can lie between a fraction and a half: only at a
 /// half it matters which way. Nothing branches, since prices halved and averaged are often halves.
 template <typename Up>

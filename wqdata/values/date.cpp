@@ -38,6 +38,7 @@ constexpr std::int64_t floor_divide(std::int64_t a, std::int64_t b) {
 // divisions; January and February are told from the others by a number and not by a branch, which
 // no processor foresees.
 
+/// The shift rounds down, before year 0 too.
 constexpr std::int64_t days_before_year(std::int64_t year) { return year * kDaysInFourYears >> 2; }
 
 constexpr std::int64_t days_before_month(std::int64_t monthFromMarch) {
