@@ -97,12 +97,11 @@ class Bytes {
     return true;
   }
 
-  /// Asks the memory for the bytes that a walk from record to record comes to soon. It is only a
-  /// hint, also for bytes that are not there; by itself the processor stops asking at each page.
+  /// Asks the memory for the bytes that a walk from record to record comes to soon: by itself
+  /// the processor stops asking at the end of each page.
   void AskAhead() const {
-    constexpr std::uintptr_t kAhead = 2048;
-    __builtin_prefetch(
-        reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(m_at) + kAhead));
+    constexpr std::size_t kAhead = 2048;
+    if (m_left > kAhead) __builtin_prefetch(m_at + kAhead);
   }
 
  private:
