@@ -13,55 +13,41 @@ namespace {
 
 constexpr int kRefused = -1;
 
-/// What a source says of itself, for its records to be made alike and for a walk to be held
-/// against. Text says nothing.
-class Declared {
- public:
-  explicit Declared(CDataBlock& source)
-      : m_source(source),
-        m_zul4(dynamic_cast<CZul4Block*>(&source)),
-        m_counts(source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4) {}
+/// Whether a source says how many fields and records it has, for a walk to be held against.
+bool declares_counts(CDataBlock& source) {
+  return source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4;
+}
 
-  /// The fields of the largest record, where records may differ: 0 where they can't.
-  int LargestFieldCount() const {
-    if (m_source.GetFormat() != ZUL4) return 0;
-    if (m_zul4 != nullptr) return m_zul4->LargestFieldCount();
-    int largest = 0;
-    for (bool more = m_source.FirstRecord(); more; more = m_source.NextRecord()) {
-      largest = std::max(largest, m_source.GetFieldCount());
-    }
-    return largest;
+/// Whether the current record says that it has so many fields.
+bool has_fields(CDataBlock& source, int fields) {
+  return !declares_counts(source) || source.GetFieldCount() == fields;
+}
+
+bool has_fields(CZul4Block& source, int fields) { return source.DeclaredFieldCount() == fields; }
+
+/// The fields of the largest record.
+int largest_field_count(CDataBlock& source) {
+  int largest = 0;
+  for (bool more = source.FirstRecord(); more; more = source.NextRecord()) {
+    largest = std::max(largest, source.GetFieldCount());
   }
+  return largest;
+}
 
-  /// Whether the current record says that it has so many fields.
-  bool HasFields(int fields) const {
-    if (m_zul4 != nullptr) return m_zul4->DeclaredFieldCount() == fields;
-    return !m_counts || m_source.GetFieldCount() == fields;
-  }
-
-  /// Whether there are no more than so many records. The one in progress is not counted yet.
-  bool HasNoMoreThan(int records) const {
-    return !m_counts || m_source.GetRecordCount() <= records;
-  }
-
- private:
-  CDataBlock& m_source;
-  CZul4Block* m_zul4;
-  bool m_counts;
-};
+int largest_field_count(CZul4Block& source) { return source.LargestFieldCount(); }
 
 /// Adds the fields of the current record of `source`, and missing fields behind them up to
 /// `fields`. How many that were; kRefused also for a record of another number of fields than it
 /// declares: by a wrong one, the fields of other records would be read as its own.
 ///
 /// Every field goes through the one `item`: to make one takes longer than to read a field.
-int add_fields(CDataBlock& source, const Declared& declared, CDataBlock& target, int fields,
-               CDataItem& item) {
+template <typename Source>
+int add_fields(Source& source, CDataBlock& target, int fields, CDataItem& item) {
   int written = 0;
   for (bool more = source.FirstField(); more; more = source.NextField(), ++written) {
     if (!source.GetCurrentField(&item) || !target.Add(item)) return kRefused;
   }
-  if (!declared.HasFields(written)) return kRefused;
+  if (!has_fields(source, written)) return kRefused;
   for (; written < fields; ++written) {
     if (!target.AddError(FID{0}, kNeverSet)) return kRefused;
   }
@@ -76,22 +62,26 @@ bool is_there(CDataBlock& target, int recordsBefore, int recordsNow, int written
   return written == 0 && (target.GetFormat() != ZUL4 || target.IsReadOnly());
 }
 
-bool add_records(CDataBlock& source, CDataBlock& target) {
-  const Declared declared(source);
-  const int fields = target.GetFormat() == ZUL3 ? declared.LargestFieldCount() : 0;
+/// Adds the records of `source`. Those of ZUL4 may have different numbers of fields, and in ZUL3
+/// all get as many as the largest has.
+template <typename Source>
+bool add_records(Source& source, CDataBlock& target) {
+  const bool levelled = source.GetFormat() == ZUL4 && target.GetFormat() == ZUL3;
+  const int fields = levelled ? largest_field_count(source) : 0;
   CDataItem item;
   int records = 0;
   int before = target.GetRecordCount();
   for (bool more = source.FirstRecord(); more; more = source.NextRecord(), ++records) {
     target.StartRecord();
-    const int written = add_fields(source, declared, target, fields, item);
+    const int written = add_fields(source, target, fields, item);
     if (written == kRefused) return false;
     target.EndRecord();
     const int now = target.GetRecordCount();
     if (!is_there(target, before, now, written)) return false;
     before = now;
   }
-  return declared.HasNoMoreThan(records);
+  // One in progress is not counted yet.
+  return !declares_counts(source) || source.GetRecordCount() <= records;
 }
 
 }  // namespace
@@ -104,7 +94,11 @@ bool CDataBlock::Add(CDataBlock* source) {
     return AddBlob(FID{0}, source->GetData(), static_cast<std::uint32_t>(source->GetDataSize()));
   }
   if (source == this) return false;
-  if (format != TEXT && format != CSV) return add_records(*source, *this);
+  if (format != TEXT && format != CSV) {
+    auto* const zul4 =
+        dynamic_cast<CZul4Block*>(source);  // of a known class, without virtual calls
+    return zul4 != nullptr ? add_records(*zul4, *this) : add_records(*source, *this);
+  }
   // An assignment through this class may have brought the format of text to another encoding.
   auto* const text = dynamic_cast<CTextBlock*>(this);
   return text != nullptr && text->AddBlock(source);

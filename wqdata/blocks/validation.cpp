@@ -35,7 +35,6 @@ const char* take_field(const service::FieldFormat& format, Bytes& bytes) {
 /// fault: why, or null. Each takes bytes, so that `count` alone keeps no loop going.
 template <const service::FieldFormat& format>
 const char* take_fields(Bytes& bytes, std::uint32_t count, FirstFields<format>& first) {
-  bytes.AskAhead();
   std::uint32_t taken = 0;
   if (first.Match(bytes, count)) {
     bytes.Skip(first.size());
@@ -64,6 +63,7 @@ Fault zul3_fault(const std::uint8_t* data, std::size_t size) {
   FirstFields<service::kZul3Fields> first;
   const char* reason = nullptr;
   for (std::uint32_t i = 0; i < records && reason == nullptr; ++i) {
+    left.AskAhead();
     reason = take_fields(left, fields, first);
   }
   if (reason == nullptr && left.Left() > 0) reason = "bytes lie behind the last field";

@@ -208,11 +208,6 @@ bool CZul4Block::NextRecord() { return service::ZUL4_next_record(m_handle) == 0;
 
 bool CZul4Block::FirstField() { return service::ZUL4_first_field(m_handle) == 0; }
 
-bool CZul4Block::NextField() {
-  if (m_readField != m_handle.field) return service::ZUL4_next_field(m_handle) == 0;
-  return service::ZUL4_next_field(m_handle, m_readSize) == 0;
-}
-
 bool CZul4Block::FindField(FID id) { return service::ZUL4_find_field(m_handle, id) == 0; }
 
 int CZul4Block::GetVectorSize() {
@@ -223,15 +218,6 @@ int CZul4Block::GetVectorSize() {
     largest = std::max(largest, static_cast<std::int32_t>(service::vector_size(view)));
   }
   return largest;
-}
-
-bool CZul4Block::GetCurrentField(CDataItem* item) {
-  const std::uint32_t size =
-      read_value<service::kZul4Fields>(service::ZUL4_field_bytes(m_handle), item);
-  if (size == 0) return ReadOtherField(item);
-  m_readField = m_handle.field;
-  m_readSize = size;
-  return true;
 }
 
 bool CZul4Block::ReadOtherField(CDataItem* item) {

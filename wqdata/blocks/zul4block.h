@@ -101,6 +101,22 @@ class CZul4Block final : public CDataBlock {
   std::uint32_t m_readSize = 0;
 };
 
+// Here, for a transfer to have the two without a call for each field.
+
+inline bool CZul4Block::NextField() {
+  if (m_readField != m_handle.field) return service::ZUL4_next_field(m_handle) == 0;
+  return service::ZUL4_next_field(m_handle, m_readSize) == 0;
+}
+
+inline bool CZul4Block::GetCurrentField(CDataItem* item) {
+  const std::uint32_t size =
+      read_value<service::kZul4Fields>(service::ZUL4_field_bytes(m_handle), item);
+  if (size == 0) return ReadOtherField(item);
+  m_readField = m_handle.field;
+  m_readSize = size;
+  return true;
+}
+
 }  // namespace wqd
 
 #endif  // WQDATA_BLOCKS_ZUL4BLOCK_H_

@@ -154,6 +154,7 @@ std::uint16_t ZUL4_record_count(const ZUL4HANDLE& handle) {
 }
 
 Bytes ZUL4_record(Bytes bytes) {
+  bytes.AskAhead();
   if (bytes.Left() < kZul4RecordHead) return {nullptr, 0};
   const auto size = load<std::uint32_t>(bytes.At() + kZul4RecordLengthAt);
   if (size < kZul4RecordHead || size > bytes.Left()) return {nullptr, 0};
@@ -173,7 +174,6 @@ int ZUL4_seek_record(ZUL4HANDLE& handle, std::uint32_t index) {
 int ZUL4_next_record(ZUL4HANDLE& handle) {
   const Bytes record = current_record(handle);
   if (record.Left() == 0) return kFailed;
-  record.AskAhead();
   return enter_record(handle, std::uint32_t{handle.index} + 1,
                       handle.current + static_cast<std::uint32_t>(record.Left()));
 }
