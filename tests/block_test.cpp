@@ -116,24 +116,6 @@ TEST(TextWriting, BytesAndCounts) {
   }
 }
 
-TEST(TextWriting, NumbersOfEveryLength) {
-  const DataBlockPtr block = NewBlock(CSV);
-  std::string expected;
-  std::mt19937_64 random(7);
-  for (int i = 0; i < 20000; ++i) {
-    const auto number = static_cast<std::int32_t>(random()) >> random() % 32;
-    const auto small = static_cast<std::int16_t>(number);
-    const double real = std::ldexp(static_cast<double>(number), -static_cast<int>(random() % 40));
-    EXPECT_TRUE(block->StartRecord() && block->Add(FID{1}, number) && block->Add(FID{1}, small) &&
-                block->Add(FID{1}, real) && block->EndRecord());
-    char line[100];
-    const InLocale usual;
-    std::snprintf(line, sizeof line, "%d,%d,%.4f\n", number, small, real);
-    expected += line;
-  }
-  EXPECT_TRUE(BytesOf(*block) == expected);
-}
-
 TEST(TextWriting, TextOfTheBlockItself) {
   // The value, or its separator, moves the bytes.
   for (const std::size_t length : {60000U, 65533U}) {

@@ -79,7 +79,7 @@ TEST(Item, PrintsWithinItsBuffer) {
   EXPECT_LT(text_item("x").Print(nullptr, 0), 0);
 }
 
-TEST(Item, PrintsDoublesAsSnprintfDoesAndWithAPointInEveryLocale) {
+TEST(Item, PrintsNumbersAsTheCLibraryDoesAndWithAPointInEveryLocale) {
   std::vector<double> values = {DBL_MAX, DBL_TRUE_MIN, kInfinity, kNan,
                                 0.0,     0.00005,      0.00015,   0.99995,
                                 2.00005, 1e15 + 0.3,   4.5e11,    4.5e11 - 6e-5};
@@ -89,6 +89,10 @@ TEST(Item, PrintsDoublesAsSnprintfDoesAndWithAPointInEveryLocale) {
     values.push_back(static_cast<double>(random() >> (random() % 64)) / 32768.0);
     values.push_back(static_cast<double>(random() >> (12 + random() % 50) | 1) /
                      20000.0);  // halves
+    const auto number = static_cast<std::int32_t>(random()) >> random() % 32;
+    ASSERT_EQ(CDataItem(FID{7}, number).GetString(), std::to_string(number));
+    const auto small = static_cast<std::int16_t>(number % 32768);
+    ASSERT_EQ(short_item(small).GetString(), std::to_string(small));
   }
   for (double value : values) {
     ASSERT_EQ(CDataItem(FID{7}, value).GetString(), by_snprintf(value)) << Exact(value);
