@@ -323,19 +323,29 @@ inline service::Bytes CZul3Block::BytesFrom(std::uint32_t offset, std::uint32_t 
   return {m_pRecord + offset, within ? length - offset : 0};
 }
 
-/// The same for a step that does not look at the header: to stand on a field takes a whole one.
+/// Of the header the length alone, for a step from field to field: to stand on one takes a whole
+/// header.
+inline std::uint32_t CZul3Block::Length() const {
+  return std::min(service::load<std::uint32_t>(m_pRecord + kZul3LengthAt), m_present);
+}
+
 inline service::Bytes CZul3Block::BytesFrom(std::uint32_t offset) const {
   if (offset == 0) return {nullptr, 0};
-  const auto length = service::load<std::uint32_t>(m_pRecord + kZul3LengthAt);
-  return BytesFrom(offset, std::min(length, m_present));
+  return BytesFrom(offset, Length());
+}
+
+/// Stands on the field at an offset, or on none for offset 0.
+inline void CZul3Block::StandAt(std::uint32_t offset, std::uint32_t fieldIndex) {
+  m_field = offset;
+  m_fieldIndex = static_cast<std::uint16_t>(fieldIndex);
+  m_readSize = 0;
 }
 
 /// Stands on the first of `bytes`, or on no field when there are none.
 inline bool CZul3Block::StandOn(service::Bytes bytes, std::uint32_t fieldIndex) {
-  m_field = bytes.Left() != 0 ? static_cast<std::uint32_t>(bytes.At() - m_pRecord) : 0;
-  m_fieldIndex = static_cast<std::uint16_t>(fieldIndex);
-  m_readSize = 0;
-  return m_field != 0;
+  const bool there = bytes.Left() != 0;
+  StandAt(there ? static_cast<std::uint32_t>(bytes.At() - m_pRecord) : 0, fieldIndex);
+  return there;
 }
 
 /// The bytes from the current record's first field on, none when there is none.
@@ -357,7 +367,10 @@ bool CZul3Block::NextField() {
   const auto fields = service::load<std::uint16_t>(m_pRecord + kZul3FieldCountAt);
   if (m_fieldIndex + 1 >= fields) return false;
   if (m_readSize == 0) return StepOverField();
-  return StandOn(BytesFrom(m_field + m_readSize), m_fieldIndex + 1U);
+  const std::uint32_t next = m_field + m_readSize;
+  const bool more = next < Length();
+  StandAt(more ? next : 0, m_fieldIndex + 1U);
+  return more;
 }
 
 bool CZul3Block::StepOverField() {

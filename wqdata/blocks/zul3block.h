@@ -97,6 +97,8 @@ class CZul3Block final : public CDataBlock {
   };
 
   service::Bytes FirstFieldBytes(const Header& header) const;
+  std::uint32_t Length() const;
+  void StandAt(std::uint32_t offset, std::uint32_t fieldIndex);
   bool StandOn(service::Bytes bytes, std::uint32_t fieldIndex);
   service::Bytes BytesFrom(std::uint32_t offset) const;
   service::Bytes BytesFrom(std::uint32_t offset, std::uint32_t length) const;
