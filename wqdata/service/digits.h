@@ -15,6 +15,9 @@
 
 namespace wqd::service {
 
+/// The most characters that `SixteenDigits` takes, and as many bytes must be there.
+inline constexpr std::size_t kMostCharacters = 2 * sizeof(std::uint64_t);
+
 /// What `put_long` and `put_double` may write to, however short their text, since they write whole
 /// words: a sign, two words of digits, and one behind the point.
 inline constexpr std::size_t kDigitsRoom = 32;
@@ -32,6 +35,15 @@ constexpr std::uint64_t eight_digits(std::uint64_t number) {
   const std::uint64_t pairs = upperPairs | (halves - 100 * upperPairs) << 16;
   const std::uint64_t upperDigits = pairs * 103 >> 10 & 0x000F000F000F000F;
   return upperDigits | (pairs - 10 * upperDigits) << 8;
+}
+
+/// The number of such digits: pairs, and then halves of them at once.
+constexpr std::uint64_t number_of(std::uint64_t digits) {
+  constexpr std::uint64_t kPairs = 0x000000FF000000FF;  // the first and the third, one of each half
+  const std::uint64_t pairs = digits * 10 + (digits >> 8);
+  const std::uint64_t upper = (pairs & kPairs) * (100 + (std::uint64_t{1'000'000} << 32));
+  const std::uint64_t lower = (pairs >> 16 & kPairs) * (1 + (std::uint64_t{10'000} << 32));
+  return (upper + lower) >> 32;
 }
 
 inline void put_word(char* at, std::uint64_t characters) {
@@ -101,6 +113,60 @@ inline char* put_double(char* at, double value) {
   *at = '-';
   return put_scaled(at + std::signbit(value), scaled, kUsualDecimals);
 }
+
+/// The characters of a number's text, less '0': the last ones of two words, in front of which stand
+/// zeros. What lies behind the text is of no matter.
+class SixteenDigits {
+ public:
+  /// Of 1 to `kMostCharacters`.
+  SixteenDigits(const char* text, std::size_t length) {
+    const bool two = length > sizeof(std::uint64_t);
+    const std::size_t missing = kMostCharacters - length;
+    m_lower = two ? Word(text + length - 8) : Word(text) << 8 * (missing - 8);
+    m_upper = two ? Word(text) << 8 * missing : 0;
+  }
+
+  /// Takes the point out, behind which there are so many digits then; `decimals` stays where there
+  /// is none. False, with the characters spoiled, when others than digits and one point are there.
+  bool TakePoint(int& decimals) {
+    const std::uint64_t upper = Beyond9(m_upper), lower = Beyond9(m_lower);
+    if ((upper | lower) == 0) return true;
+    if (upper == 0) {
+      decimals = std::countl_zero(lower) / 8;
+      const std::uint64_t last = m_upper >> 56;
+      m_upper <<= 8;
+      return TakeOut(m_lower, lower, last);
+    }
+    decimals = 8 + std::countl_zero(upper) / 8;
+    return lower == 0 && TakeOut(m_upper, upper, 0);
+  }
+
+  std::uint64_t Number() const { return number_of(m_upper) * kEightDigits + number_of(m_lower); }
+
+ private:
+  static std::uint64_t Word(const char* at) {
+    return load<std::uint64_t>(reinterpret_cast<const std::uint8_t*>(at)) ^ kZeros;
+  }
+
+  /// The high bit of each byte that is above 9; of one behind a byte from 138 on it may be set too.
+  static std::uint64_t Beyond9(std::uint64_t word) {
+    return ((word + 0x7676767676767676) | word) & 0x8080808080808080;
+  }
+
+  /// Takes the marked character out of a word, if it is a single one and a point: those in front of
+  /// it move up, behind `first`.
+  static bool TakeOut(std::uint64_t& word, std::uint64_t mark, std::uint64_t first) {
+    const std::uint64_t unit = mark >> 7;  // the character's lowest bit
+    const std::uint64_t character = (mark << 1) - unit;
+    if (!std::has_single_bit(mark) || (word & character) != ('.' ^ '0') * unit) return false;
+    const std::uint64_t front = word & (unit - 1);
+    word = (word & ~(front | character)) | front << 8 | first;
+    return true;
+  }
+
+  std::uint64_t m_upper;
+  std::uint64_t m_lower;
+};
 
 }  // namespace wqd::service
 

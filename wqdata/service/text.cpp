@@ -150,28 +150,21 @@ std::int32_t text_to_int(const char* text) {
   return value;
 }
 
-bool read_plain_number(const char* text, double& value) {
-  constexpr std::ptrdiff_t kMostExact = 15;  // digits that a double holds as they are
+bool read_plain_number(const char* text, std::size_t length, double& value) {
+  static_assert(kPlainNumberRoom == 1 + kMostCharacters);
+  constexpr int kMostExact = 15;  // digits that a double holds as they are
   if constexpr (FLT_EVAL_METHOD != 0) return false;
-  std::uint64_t digits = 0;  // too many of them overflow, and are refused
-  const auto read_digits = [&digits](const char* at) {
-    for (; is_digit(*at); ++at) digits = digits * 10 + static_cast<std::uint64_t>(*at - '0');
-    return at;
-  };
-  const bool negative = *text == '-';
-  const char* const whole = text + (negative ? 1 : 0);
-  const char* end = read_digits(whole);
-  std::ptrdiff_t count = end - whole;
-  std::ptrdiff_t decimals = 0;
-  if (*end == '.') {
-    const char* const point = end;
-    end = read_digits(point + 1);
-    decimals = end - point - 1;
-    count += decimals;
-  }
-  if (*end != '\0' || count == 0 || count > kMostExact) return false;
-  const auto power = static_cast<double>(kPowersOfTen[static_cast<std::size_t>(decimals)]);
-  const double magnitude = static_cast<double>(static_cast<std::int64_t>(digits)) / power;
+  const bool negative = length > 0 && *text == '-';
+  if (negative) ++text, --length;
+  if (length == 0 || length > kMostCharacters) return false;
+  SixteenDigits digits(text, length);
+  int decimals = -1;
+  if (!digits.TakePoint(decimals)) return false;
+  const int count = static_cast<int>(length) - (decimals < 0 ? 0 : 1);
+  if (count == 0 || count > kMostExact) return false;
+  const auto power =
+      static_cast<double>(kPowersOfTen[static_cast<std::size_t>(std::max(decimals, 0))]);
+  const double magnitude = static_cast<double>(static_cast<std::int64_t>(digits.Number())) / power;
   value = negative ? -magnitude : magnitude;
   return true;
 }
