@@ -161,7 +161,8 @@ TEST(Number, ReadsRandomTextsAsTheCLibraryDoes) {
     expect_same_numbers(text);
     expect_same_numbers(Exact(std::bit_cast<double>(random())));
     std::string digits = std::to_string(random() >> random() % 64);
-    expect_same_numbers(digits.insert(random() % (digits.size() + 1), 1, '.'));
+    expect_same_numbers(
+        digits.insert(static_cast<std::size_t>(random()) % (digits.size() + 1), 1, '.'));
   }
 }
 
