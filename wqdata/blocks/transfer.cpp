@@ -95,8 +95,8 @@ bool CDataBlock::Add(CDataBlock* source) {
   }
   if (source == this) return false;
   if (format != TEXT && format != CSV) {
-    auto* const zul4 =
-        dynamic_cast<CZul4Block*>(source);  // of a known class, without virtual calls
+    // Of a known class, the fields are read without virtual calls.
+    auto* const zul4 = dynamic_cast<CZul4Block*>(source);
     return zul4 != nullptr ? add_records(*zul4, *this) : add_records(*source, *this);
   }
   // An assignment through this class may have brought the format of text to another encoding.

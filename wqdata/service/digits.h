@@ -15,9 +15,6 @@
 
 namespace wqd::service {
 
-/// The most characters that `SixteenDigits` takes, and as many bytes must be there.
-inline constexpr std::size_t kMostCharacters = 2 * sizeof(std::uint64_t);
-
 /// What `put_long` and `put_double` may write to, however short their text, since they write whole
 /// words: a sign, two words of digits, and one behind the point.
 inline constexpr std::size_t kDigitsRoom = 32;
@@ -113,6 +110,9 @@ inline char* put_double(char* at, double value) {
   *at = '-';
   return put_scaled(at + std::signbit(value), scaled, kUsualDecimals);
 }
+
+/// The most characters that `SixteenDigits` takes, and as many bytes must be there.
+inline constexpr std::size_t kMostCharacters = 2 * sizeof(std::uint64_t);
 
 /// The characters of a number's text, less '0': the last ones of two words, in front of which stand
 /// zeros. What lies behind the text is of no matter.
