@@ -123,13 +123,13 @@ void expect_same_numbers(const std::string& text) {
   EXPECT_EQ(scanned, expected);
   EXPECT_EQ(text_to_int(begin), expected);
   const double real = text_to_double(begin);
-  double plain = 0.5;
-  const std::string room = begin + std::string(kPlainNumberRoom, '7');  // is of no matter
-  const bool isPlain = read_plain_number(room.c_str(), std::strlen(begin), plain);
-  EXPECT_EQ(Exact(plain), Exact(isPlain ? real : 0.5));
-  EXPECT_TRUE(!isPlain || text.find_first_not_of("-.0123456789") == std::string::npos);
+  double whole = 0.5;
+  const std::string room = begin + std::string(kWholeNumberRoom, '7');  // is of no matter
+  const bool isWhole = read_whole_number(room.c_str(), std::strlen(begin), whole);
+  EXPECT_EQ(Exact(whole), Exact(isWhole ? real : 0.5));
   const InLocale usual;
-  EXPECT_EQ(Exact(real), Exact(std::strtod(begin, nullptr)));
+  EXPECT_EQ(Exact(real), Exact(std::strtod(begin, &end)));
+  EXPECT_TRUE(!isWhole || *end == '\0');
 }
 
 TEST(Number, ReadsAsTheCLibraryDoes) {

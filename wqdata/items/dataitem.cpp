@@ -185,9 +185,9 @@ double CDataItem::ConvertToFloat() const {
     case TYPE_LPACK: return m_value.asPrice;
     case TYPE_STRING: {
       double value = 0.0;
-      static_assert(kEmbeddedCapacity >= service::kPlainNumberRoom);
+      static_assert(kEmbeddedCapacity >= service::kWholeNumberRoom);
       const auto length = static_cast<std::size_t>(m_size) - 1;
-      if (service::read_plain_number(m_string, length, value)) return value;
+      if (service::read_whole_number(m_string, length, value)) return value;
       const bool fraction = std::strpbrk(m_string, "/^") != nullptr;
       return fraction ? service::fraction_to_double(m_string) : service::text_to_double(m_string);
     }

@@ -66,6 +66,27 @@ bool read_magnitude(const char* text, double& value) {
   return hex || error != std::errc::invalid_argument;
 }
 
+/// Reads what most texts of numbers are: up to 15 digits and no more than a minus sign in front of
+/// them and a point among them. One division of two exact numbers then gives the nearest double.
+/// False, with `value` as it was, for any other text.
+bool read_plain_number(const char* text, std::size_t length, double& value) {
+  constexpr int kMostExact = 15;  // digits that a double holds as they are
+  if constexpr (FLT_EVAL_METHOD != 0) return false;
+  const bool negative = length > 0 && *text == '-';
+  if (negative) ++text, --length;
+  if (length == 0 || length > kMostCharacters) return false;
+  SixteenDigits digits(text, length);
+  int decimals = -1;
+  if (!digits.TakePoint(decimals)) return false;
+  const int count = static_cast<int>(length) - (decimals < 0 ? 0 : 1);
+  if (count == 0 || count > kMostExact) return false;
+  const auto power =
+      static_cast<double>(kPowersOfTen[static_cast<std::size_t>(std::max(decimals, 0))]);
+  const double magnitude = static_cast<double>(static_cast<std::int64_t>(digits.Number())) / power;
+  value = negative ? -magnitude : magnitude;
+  return true;
+}
+
 }  // namespace
 
 int put_text(std::string_view text, char* buffer, int size) {
@@ -150,22 +171,13 @@ std::int32_t text_to_int(const char* text) {
   return value;
 }
 
-bool read_plain_number(const char* text, std::size_t length, double& value) {
-  static_assert(kPlainNumberRoom == 1 + kMostCharacters);
-  constexpr int kMostExact = 15;  // digits that a double holds as they are
-  if constexpr (FLT_EVAL_METHOD != 0) return false;
-  const bool negative = length > 0 && *text == '-';
-  if (negative) ++text, --length;
-  if (length == 0 || length > kMostCharacters) return false;
-  SixteenDigits digits(text, length);
-  int decimals = -1;
-  if (!digits.TakePoint(decimals)) return false;
-  const int count = static_cast<int>(length) - (decimals < 0 ? 0 : 1);
-  if (count == 0 || count > kMostExact) return false;
-  const auto power =
-      static_cast<double>(kPowersOfTen[static_cast<std::size_t>(std::max(decimals, 0))]);
-  const double magnitude = static_cast<double>(static_cast<std::int64_t>(digits.Number())) / power;
-  value = negative ? -magnitude : magnitude;
+bool read_whole_number(const char* text, std::size_t length, double& value) {
+  static_assert(kWholeNumberRoom == 1 + kMostCharacters);
+  if (read_plain_number(text, length, value)) return true;
+  double read = 0.0;
+  const auto [behind, error] = std::from_chars(text, text + length, read);
+  if (behind != text + length || error != std::errc()) return false;
+  value = read;
   return true;
 }
 

@@ -57,14 +57,13 @@ const char* scan_int(const char* text, std::int32_t& value);
 /// What `atoi` makes of a text: 0 for no number, and the nearest number within 32 bits.
 std::int32_t text_to_int(const char* text);
 
-/// The bytes that must be readable for `read_plain_number`, however short the text.
-inline constexpr std::size_t kPlainNumberRoom = 17;
+/// The bytes that must be readable for `read_whole_number`, however short the text.
+inline constexpr std::size_t kWholeNumberRoom = 17;
 
-/// Reads what most texts of numbers are: up to 15 digits and no more than a minus sign in front of
-/// them and a point among them, `length` characters in all. One division of two exact numbers then
-/// gives what `text_to_double` gives. False, with `value` as it was, for any other text, be it a
-/// number.
-bool read_plain_number(const char* text, std::size_t length, double& value);
+/// Reads a text of `length` characters that are a number from the first to the last, as decimals
+/// are written without a plus sign: what `text_to_double` gives for it. False, with `value` as it
+/// was, for any other text, even if it begins with a number.
+bool read_whole_number(const char* text, std::size_t length, double& value);
 
 /// What `atof` makes of a text in the C locale: 0 for no number, an infinity or 0 for one out of
 /// the range of a double.
