@@ -61,8 +61,8 @@ TEST(Zul, Counters) {
   ExpectRows(R"(
       => 0 0 0 / 0 0 0 | E => 0 0 0 / 0 0 0 | SE => 0 0 0 / 1 0 16 | SESE => 0 0 0 / 2 0 24
       SAAA => 0 3 36 / 1 3 40 | SAAAE => 1 3 36 / 1 3 40 | SAAAES => 1 0 36 / 2 0 48
-      SAAAESE => 1 3 36 / 2 0 48 | SAAESA => 1 1 36 / 2 1 48 | SAAESAAE => 2 2 44 / 2 2 56
-      SAEE => 2 1 20 / 1 1 24)",
+      SAAAESE => 1 3 36 / 2 0 48 | SAAAESEE => 1 3 36 / 2 0 48 | SAAESA => 1 1 36 / 2 1 48
+      SAAESAAE => 2 2 44 / 2 2 56 | SAEE => 2 1 20 / 1 1 24)",
              counts_after);
 }
 

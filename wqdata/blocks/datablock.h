@@ -99,7 +99,7 @@ class WQDATA_API CDeletable {
 /// - They read pairs of identifier and value, in either format with tab, comma and line end as
 ///   separators alike. Tokens are the fields of a `CMyParser`: quotes are taken out, white space at
 ///   the ends too, and of more than 255 characters the first 255 are left. Every value is a text,
-///   or missing for "N/A". An identifier is read as `atoi` reads it, and cut to 16 bits.
+///   or missing for "N/A". An identifier is read as `CDataItem::GetShort` reads a text.
 /// - `NextRecord` goes to the next line, but a walk of fields runs on to the end of the text: the
 ///   loops above meet the fields of the last of n lines n times. A reader that wants one line's
 ///   fields counts them. `FindField` searches to the end of the text too, and an identifier without
@@ -119,12 +119,10 @@ class WQDATA_API CDeletable {
 /// - ZUL4 has a count for each record, and counts a record when it starts. Vectors go whole. A
 ///   blob item is refused. An addition moves the cursor to the record that is being written. Where
 ///   a record can't be opened, `StartRecord` is true as ever and each of its fields is refused.
-/// - Behind the last field ZUL3 stays on it and ZUL4 stands on none; behind the last record ZUL3
-/// has
-///   no current field, until `FirstField` goes back to the last record's, and ZUL4 stays.
-/// - A date or time goes into a ZUL4 record added directly as it is; through an item, and into
-/// ZUL3,
-///   with a year of 0 to 99 filled up and minutes and seconds brought together.
+/// - Behind the last field ZUL3 stays on it and ZUL4 stands on none. Behind the last record ZUL3
+///   has no current field, until `FirstField` goes back to the last record's, and ZUL4 stays.
+/// - A date or time goes into ZUL4 as it is when it is added directly. Through an item, and into
+///   ZUL3, it goes with a year of 0 to 99 filled up and minutes and seconds brought together.
 ///
 /// Btrieve has no records: `AddBlob` appends bytes, and nothing else is taken.
 ///
@@ -159,8 +157,9 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// and 0 for a wrapped text.
   virtual int GetFieldCount() = 0;
 
-  /// The largest element count among the vector fields of the current record, 0 without one. It
-  /// moves the field cursor.
+  /// The largest element count among the vector fields of the current record, 0 without one. Of
+  /// strings those are counted that its bytes hold, whatever their number is said to be. It moves
+  /// the field cursor.
   virtual int GetVectorSize();
 
   /// The format; of a text that was wrapped as CSV, TEXT.
@@ -205,7 +204,9 @@ class WQDATA_API CDataBlock : public CDeletable {
   /// - Into ZUL3 and ZUL4: the fields of each record with identifier, type and value. When a ZUL4
   ///   block goes into ZUL3, missing fields with identifier 0 fill each record up to the number of
   ///   fields of the longest. Text arrives as texts and missing values, the first record with the
-  ///   fields of all lines, each further one with those from its line on, as a walk meets them.
+  ///   fields of all lines, each further one with those from its line on, as a walk meets them:
+  ///   since these records differ in length, ZUL3 can't say where they end, and of more than one
+  ///   line takes what `ValidateData` refuses. A price of an unknown base code arrives as missing.
   /// - Into TEXT and CSV: a line for each record, as `CDataItem::Print` writes the fields. A record
   ///   with vectors gives as many lines as the longest has elements, the scalars in each of them
   ///   and the last element of a shorter vector again; a vector of no elements is an empty field.
@@ -253,7 +254,9 @@ class WQDATA_API CDataBlock : public CDeletable {
   virtual bool GetField(FID id, CDataItem* item);
 
   /// Fills `item`, unless it is null, with the current field; false, with `item` as it was, when
-  /// there is none.
+  /// there is none, it is not whole, or there is no memory for it. One of an unknown type gives
+  /// false, an error item of value 2 and a line in the log. A vector may lie in the block that the
+  /// item had for its former one.
   virtual bool GetCurrentField(CDataItem* item);
 
   /// The identifier of the current field, 0 when there is none.

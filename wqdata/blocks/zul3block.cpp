@@ -116,8 +116,10 @@ bool CZul3Block::EndRecord() {
   const Header header = ReadHeader();
   if (header.fields == 0) {
     if (header.records > 0) SetHeaderWord(kZul3FieldCountAt, m_finishedFields);
+    m_emptyAt = header.length;
     return true;
   }
+  if (header.length == m_emptyAt) return true;
   if (header.records == UINT16_MAX) return false;
   m_finishedFields = header.fields;
   SetHeaderWord(kZul3RecordCountAt, static_cast<std::uint16_t>(header.records + 1));

@@ -113,6 +113,7 @@ class CZul3Block final : public CDataBlock {
   std::uint16_t m_recordIndex = 0;
   std::uint16_t m_fieldIndex = 0;
   std::uint16_t m_finishedFields = 0;  // of the record finished last, for one that stays empty
+  std::uint32_t m_emptyAt = 0;         // bytes of the block when a record was ended that is
   std::uint32_t m_recordStart = 0;     // offset of the current record's first field, 0 for none
   std::uint32_t m_field = 0;           // offset of the current field, 0 for none
   std::uint32_t m_readSize = 0;        // of the current field once it was read, else 0

@@ -136,8 +136,8 @@ class WQDATA_API CFixPtNum {
            static_cast<std::uint32_t>(baseCode);
   }
 
-  double m_value = 0.0;                              // of no meaning beside a long price
   std::uint64_t m_scaled = Scaled(0, MISSING_LONG);  // with a long that came in a scaled code
+  double m_value = 0.0;                              // of no meaning beside a long price
 };
 
 }  // namespace wqd
