@@ -138,6 +138,7 @@ TEST(TextReading, Pairs) {
       {"7,", "7: "},
       {"7,a,8", "7:a none "},
       {"1," + Letters(300) + ",2,b", "1:" + Letters(255) + " 2:b "},
+      {"1," + std::string(253, ' ') + "N/A", "1:N/ "},  // cut, and no missing value
       {"", ""},
   };
   for (const auto& [given, fields] : cases) {

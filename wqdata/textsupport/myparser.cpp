@@ -184,8 +184,8 @@ inline const char* CMyParser::EndOfOrdinary(const char* at) {
   return SkipWords(at) ? at : EndBeyondScanned(at);
 }
 
-/// Takes a field of a text that lies there as it is: no quote and no CR in it, or all of it between
-/// two quotes. Null for another, with nothing taken.
+/// Takes a field of a text that lies there as it is and whole: no quote and no CR in it, or all of
+/// it between two quotes. Null for another, with nothing taken.
 std::string_view CMyParser::TakePlain() {
   if (m_scanned == nullptr) return {};
   const char* begin = m_position;
@@ -201,10 +201,10 @@ std::string_view CMyParser::TakePlain() {
     if (behind[0] == '\r' && behind[1] == '\n') ++behind;
     if (*behind == '"' || *behind == '\r' || IsOrdinary(*behind)) return {};
   }
-  const auto length = static_cast<std::size_t>(end - begin);
+  if (end - begin >= kFieldBufferSize) return {};
   m_atEnd = *behind == '\0';
   m_position = m_atEnd ? behind : behind + 1;
-  return trimmed({begin, std::min<std::size_t>(length, kFieldBufferSize - 1)});
+  return trimmed({begin, static_cast<std::size_t>(end - begin)});
 }
 
 /// Takes what stands within quotes of a text, up to the one that ends them.
