@@ -166,6 +166,16 @@ TEST(Growth, BytesOfTheBlockItselfAreTakenAsTheyStoodThere) {
   EXPECT_EQ(BytesOf(*block), expected);
 }
 
+TEST(Growth, ATextThatCanNotBeClosedHasAnEndBehindItsBytes) {
+  const DataBlockPtr block = NewBlock(CSV);
+  ASSERT_TRUE(block->Add(FID{1}, Letters(65534).c_str()));
+  char* const end = static_cast<char*>(block->GetData()) + 65534;
+  *end = 'x';
+  const LogCapture log;
+  const Shortage none;
+  EXPECT_TRUE(!block->Close() && *end == '\0' && block->GetDataSize() == 65534);
+}
+
 TEST(Growth, CostsWhatTheRecordsCost) {
   for (const cf_id format : {TEXT, ZUL3, ZUL4, Btrieve}) {
     SCOPED_TRACE(CfName(format));

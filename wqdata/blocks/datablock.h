@@ -216,7 +216,8 @@ class WQDATA_API CDataBlock : public CDeletable {
   bool Add(CDataBlock* source);
 
   /// Finishes the block after its last record. A text block gets a NUL, which `GetDataSize` counts,
-  /// at each call; the others need none.
+  /// at each call; where it can't grow by one, the result is false, and a NUL stands uncounted
+  /// behind its bytes. The others need none.
   virtual bool Close();
 
   /// Appends an error field of the value `error`.

@@ -97,7 +97,10 @@ bool CTextBlock::Add(CDataItem& item) {
 
 bool CTextBlock::Add(FID, const char* text) { return text != nullptr && AddValue(text); }
 
+/// A block has room for a NUL besides its bytes: where one is not to be counted, for a block that
+/// can't grow any more, the text has an end all the same.
 bool CTextBlock::Close() {
+  if (!m_readOnly && m_reserved > 0) m_data[m_used] = '\0';
   if (!Append(kEndOfText)) return false;
   m_terminated = true;
   return true;
