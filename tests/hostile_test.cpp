@@ -109,6 +109,10 @@ TEST(Hostile, ATransferTakesNoFieldForAnotherRecordsAndNoStringForNone) {
         EXPECT_EQ(target->Add(block.get()), bytes == whole || skipped) << at << ' ' << word;
       }
     }
+    for (std::size_t size = 0; size < (from == ZUL3 ? 12 : 8); ++size) {
+      std::string cut = whole.substr(0, size);
+      EXPECT_FALSE(NewBlock(ZUL4)->Add(Wrap(from, cut).get())) << size;
+    }
     for (const std::size_t strings : {3u, 0u, 1u, 1000u}) {
       const std::string tail = "a" + Word(0, 1) + "bc" + Word(0, 1) + "d";
       const int width = from == ZUL3 ? 2 : 4;

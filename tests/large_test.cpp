@@ -36,13 +36,15 @@ TEST(LargeBlock, RefusesWhatPassesTheLargestSizeAndKeepsEverything) {
     }
     ASSERT_EQ(block->GetDataSize(), size) << length;
   }
-  EXPECT_GE(size, 0x7FFF0000 - 2);
+  EXPECT_GE(size, 0x7FFF0000 - 3);
   EXPECT_EQ(log.lines().size(), 27u);  // one for each length
   EXPECT_EQ(log.lines().back().second,
             "Couldn't allocate TEXT record size 2147483648, m_allocSize<2147418112>, length<1>, "
             "sizeInc<65536>");
-  EXPECT_FALSE(block->EndRecord() || block->Close() || block->Add(FID{2}, "A"));
+  EXPECT_FALSE(block->EndRecord() || block->Add(FID{2}, "A"));
   EXPECT_TRUE(block->GetDataSize() == size && block->GetRecordCount() == 1);
+  EXPECT_TRUE(block->Close() && !block->Close() && !block->Add(FID{2}, "A"));
+  EXPECT_EQ(block->GetDataSize(), size + 1);
   const char* const letters = static_cast<const char*>(block->GetData()) + start;
   const auto others = static_cast<std::size_t>(size - start - 1);
   EXPECT_TRUE(*letters == 'A' && std::memcmp(letters, letters + 1, others) == 0);

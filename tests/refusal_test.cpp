@@ -179,6 +179,24 @@ TEST(FixedBuffer, OfEverySizeTakesWhatFitsAndTouchesNothingElse) {
   EXPECT_TRUE(none->GetData() == nullptr && Accepted(*none) == "StartRecord EndRecord");
 }
 
+TEST(FixedBuffer, TakesAValueFromWhereItsFieldWillBe) {
+  for (std::size_t at = 8; at < 60; ++at) {
+    for (const Field& field : {Field{TYPE_STRING, 1, "a text of 23 characters"},
+                               VectorOf(TYPE_VECTOR_LONG, 5), VectorOf(TYPE_VECTOR_STRING, 20)}) {
+      std::string buffer(100, 'x');
+      const DataBlockPtr block(CDataBlock::FixedSizeDataBlock(ZUL4, buffer.data(), 100));
+      ASSERT_TRUE(block->StartRecord());
+      char* const source = &buffer[8 + at];
+      std::memcpy(source, (field.bytes + '\0').data(), field.bytes.size() + 1);
+      EXPECT_TRUE(field.type == TYPE_STRING ? block->Add(1, source)
+                  : field.type == TYPE_VECTOR_STRING
+                      ? block->AddStringVector(FID{9}, source, 1, 20)
+                      : block->AddLongVector(FID{9}, reinterpret_cast<std::int32_t*>(source), 5));
+      EXPECT_EQ(Read(*block), (Records{{field}})) << at;
+    }
+  }
+}
+
 TEST(Btrieve, HoldsACopyAndNothingButBytes) {
   char bytes[] = "abcdefg";
   for (const int size : {-1, 0, 7}) {

@@ -15,6 +15,7 @@ namespace wqd {
 namespace {
 
 constexpr std::uint64_t kGrowthStep = 65536;
+constexpr std::uint64_t kLastSize = service::kLargestBlock / kGrowthStep * kGrowthStep;
 constexpr const char* kPairDelimiters = ",\t\n";
 constexpr std::string_view kEndOfText("\0", 1);
 
@@ -101,7 +102,7 @@ bool CTextBlock::Add(FID, const char* text) { return text != nullptr && AddValue
 /// can't grow any more, the text has an end all the same.
 bool CTextBlock::Close() {
   if (!m_readOnly && m_reserved > 0) m_data[m_used] = '\0';
-  if (!Append(kEndOfText)) return false;
+  if (!Append(kEndOfText, 0)) return false;
   m_terminated = true;
   return true;
 }
@@ -110,8 +111,8 @@ bool CTextBlock::Close() {
 /// refuses it or may have to grow, and every byte must be counted. The value is added by `EndValue`
 /// alone, which counts what is there by then.
 char* CTextBlock::BeginValue(std::size_t length) {
-  const std::size_t room = m_allocSize - m_used;
-  if (m_readOnly || room < 2 || room - 2 <= length) return nullptr;
+  constexpr std::size_t kMore = 3;  // a separator, a byte to spare, and one that may be kept
+  if (m_readOnly || m_allocSize - m_used <= length + kMore) return nullptr;
   m_data[m_used] = Separator();
   return m_data + m_used + (m_fieldCount == 0 ? 0 : 1);
 }
@@ -147,15 +148,15 @@ bool CTextBlock::AddWithGrowth(std::string_view text) {
   const char separator = Separator();
   const std::size_t separators = m_fieldCount == 0 ? 0 : 1;
   const void* source = text.data();  // the block's own bytes, it may be
-  if (!MakeRoom(separators, text.size(), &source)) return false;
+  if (!MakeRoom(separators, text.size(), kKept, &source)) return false;
   Put({&separator, separators});
   Put({static_cast<const char*>(source), text.size()});
   ++m_fieldCount;
   return true;
 }
 
-bool CTextBlock::Append(std::string_view bytes) {
-  if (m_readOnly || !MakeRoom(0, bytes.size())) return false;
+bool CTextBlock::Append(std::string_view bytes, std::uint64_t kept) {
+  if (m_readOnly || !MakeRoom(0, bytes.size(), kept)) return false;
   Put(bytes);
   return true;
 }
@@ -166,12 +167,16 @@ void CTextBlock::Put(std::string_view bytes) {
 }
 
 /// The block grows for each run of bytes that leaves no byte to spare, by the smallest multiple of
-/// the step that holds them. A separator of no bytes is none.
-bool CTextBlock::MakeRoom(std::uint64_t separator, std::uint64_t text, const void** source) {
+/// the step that holds them. A separator of no bytes is none. Of the last size that a block can
+/// have, some are `kept`, and are as good as not there.
+bool CTextBlock::MakeRoom(std::uint64_t separator, std::uint64_t text, std::uint64_t kept,
+                          const void** source) {
   Growth growth = {m_allocSize, 0, 0};
   const std::uint64_t withSeparator = std::uint64_t{m_used} + separator;
   if (separator > 0 && withSeparator + 1 >= growth.size) growth = GrownFor(separator, growth.size);
   if (withSeparator + text + 1 >= growth.size) growth = GrownFor(text, growth.size);
+  const bool full = growth.size == kLastSize && withSeparator + text + 1 + kept >= kLastSize;
+  if (full) growth = GrownFor(text, growth.size);
   return growth.size == m_allocSize || Grow(growth, source);
 }
 

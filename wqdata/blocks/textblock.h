@@ -71,6 +71,8 @@ class CTextBlock final : public CDataBlock {
   struct Growth;
   struct Column;
 
+  static constexpr std::uint64_t kKept = 1;  // for the NUL of `Close`, which alone may take it
+
   bool AddLine(CDataBlock& source);
   bool AddRows(CDataBlock& source, int rows);
   static std::vector<Column> ReadColumns(CDataBlock& source);
@@ -82,10 +84,11 @@ class CTextBlock final : public CDataBlock {
   bool PutDouble(double value);
   bool AddValue(std::string_view text);
   bool AddWithGrowth(std::string_view text);
-  bool Append(std::string_view bytes);
+  bool Append(std::string_view bytes, std::uint64_t kept = kKept);
   void Put(std::string_view bytes);
   static Growth GrownFor(std::uint64_t length, std::uint64_t size);
-  bool MakeRoom(std::uint64_t separator, std::uint64_t text, const void** source = nullptr);
+  bool MakeRoom(std::uint64_t separator, std::uint64_t text, std::uint64_t kept,
+                const void** source = nullptr);
   bool Grow(const Growth& growth, const void** source);
   bool ReadPair(FID& id, CDataItem* item);
   static FID IdOf(std::string_view token);

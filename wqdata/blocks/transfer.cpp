@@ -18,6 +18,11 @@ bool declares_counts(CDataBlock& source) {
   return source.GetFormat() == ZUL3 || source.GetFormat() == ZUL4;
 }
 
+/// Whether the bytes of such a source are cut within what declares it.
+bool is_cut_short(CDataBlock& source) {
+  return declares_counts(source) && source.GetData() != nullptr && source.GetDataSize() == 0;
+}
+
 /// Whether the current record says that it has so many fields.
 bool has_fields(CDataBlock& source, int fields) {
   return !declares_counts(source) || source.GetFieldCount() == fields;
@@ -66,6 +71,7 @@ bool is_there(CDataBlock& target, int recordsBefore, int recordsNow, int written
 /// all get as many as the largest has.
 template <typename Source>
 bool add_records(Source& source, CDataBlock& target) {
+  if (is_cut_short(source)) return false;
   const bool levelled = source.GetFormat() == ZUL4 && target.GetFormat() == ZUL3;
   const int fields = levelled ? largest_field_count(source) : 0;
   CDataItem item;

@@ -113,13 +113,13 @@ class CZul3Block final : public CDataBlock {
   std::uint16_t m_recordIndex = 0;
   std::uint16_t m_fieldIndex = 0;
   std::uint16_t m_finishedFields = 0;  // of the record finished last, for one that stays empty
-  std::uint32_t m_emptyAt = 0;         // bytes of the block when a record was ended that is
   std::uint32_t m_recordStart = 0;     // offset of the current record's first field, 0 for none
   std::uint32_t m_field = 0;           // offset of the current field, 0 for none
   std::uint32_t m_readSize = 0;        // of the current field once it was read, else 0
   service::FirstFields<service::kZul3Fields> m_first;
   std::uint32_t m_alike = 0;  // m_recordStart of the last record that was seen to begin with them
   std::uint32_t m_present = UINT32_MAX;  // bytes that are known to be there
+  std::uint32_t m_emptyAt = 0;           // bytes there were when an empty record was ended
 };
 
 }  // namespace wqd

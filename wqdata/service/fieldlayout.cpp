@@ -48,11 +48,11 @@ std::uint64_t vector_field_size(const FieldFormat& format, const VectorValue& va
 
 void write_vector_field(const FieldFormat& format, const VectorValue& value, std::uint8_t* at) {
   const FieldLayout& layout = *find_layout(format, value.type);
+  move_elements_of(value.type, at + layout.elementsAt, value.elements, value.count);
   write_head(at, value.type, value.id);
   store_word(format, at + layout.countAt, value.count);
   if (layout.baseCodeAt != 0) store_word(format, at + layout.baseCodeAt, value.baseCode);
   if (layout.stringsAt != 0) store_word(format, at + layout.stringsAt, value.strings);
-  move_elements_of(value.type, at + layout.elementsAt, value.elements, value.count);
 }
 
 bool view_field(const FieldFormat& format, Bytes bytes, FieldView& view) {

@@ -121,15 +121,16 @@ constexpr std::uint64_t text_field_size(std::size_t length) {
   return std::uint64_t{format.layouts[TYPE_STRING].elementsAt} + length + 1;
 }
 
-/// Writes a text and its NUL as a field, all bytes of it.
+/// Writes a text and its NUL as a field, all bytes of it. The text comes first, since it may lie
+/// where the field does.
 template <const FieldFormat& format>
 void write_text_field(std::uint8_t* at, FID id, const char* text, std::size_t length) {
   constexpr FieldLayout layout = format.layouts[TYPE_STRING];
+  std::memmove(at + layout.elementsAt, text, length);
+  at[layout.elementsAt + length] = 0;
   write_head(at, TYPE_STRING, id);
   std::memset(at + kFieldHead, 0, layout.elementsAt - kFieldHead);
   if constexpr (layout.countAt != 0) store(at + layout.countAt, static_cast<std::uint32_t>(length));
-  std::memcpy(at + layout.elementsAt, text, length);
-  at[layout.elementsAt + length] = 0;
 }
 
 /// A vector that is to be written.
@@ -147,7 +148,8 @@ struct VectorValue {
 /// last lacks its NUL.
 std::uint64_t vector_field_size(const FieldFormat& format, const VectorValue& value);
 
-/// Writes a vector of a `vector_field_size` above 0, all bytes of it.
+/// Writes a vector of a `vector_field_size` above 0, all bytes of it. It may lie where the field
+/// does.
 void write_vector_field(const FieldFormat& format, const VectorValue& value, std::uint8_t* at);
 
 /// A field in received bytes.

@@ -62,22 +62,16 @@ inline std::uint32_t first_marked(std::uint64_t marks) {
 }
 
 /// Moves a run of elements between a record and an array, in either direction. `from` and
-/// `to` need no alignment.
+/// `to` need no alignment, and may overlap.
 template <typename Word>
 void move_elements(void* to, const void* from, std::size_t count) {
   if (count == 0) return;
-  if constexpr (!kSwapped || sizeof(Word) == 1) {
-    std::memcpy(to, from, count * sizeof(Word));
-  } else {
-    const auto* source = static_cast<const std::uint8_t*>(from);
-    auto* target = static_cast<std::uint8_t*>(to);
-    for (; count > 0; --count, source += sizeof(Word), target += sizeof(Word)) {
-      store(target, [source] {
-        Word word;
-        std::memcpy(&word, source, sizeof word);
-        return word;
-      }());
-    }
+  std::memmove(to, from, count * sizeof(Word));
+  if constexpr (!kSwapped || sizeof(Word) == 1) return;
+  auto* target = static_cast<std::uint8_t*>(to);
+  for (; count > 0; --count, target += sizeof(Word)) {
+    const auto swapped = load<Word>(target);
+    std::memcpy(target, &swapped, sizeof swapped);
   }
 }
 
