@@ -24,10 +24,10 @@ void register_series(const std::string& workload, std::size_t items, std::uint64
     pack(buffer);
     return buffer.size();
   });
-  Bson once;
-  append(once);
-  series(workload + "/libbson", items, walk(once) == sum, [=] {
-    Bson bson;
+  auto& bson = *new Bson;
+  append(bson);
+  series(workload + "/libbson", items, walk(bson) == sum, [append, &bson] {
+    bson.Clear();
     append(bson);
     return bson.size();
   });

@@ -56,6 +56,13 @@ const std::vector<VectorRow>& vector_rows() {
   return all;
 }
 
+std::uint64_t digest_of_bytes(const void* bytes, std::size_t size) {
+  std::uint64_t sum = 0;
+  for (std::size_t i = 0; i < size; ++i)
+    sum = sum * 31 + static_cast<const std::uint8_t*>(bytes)[i];
+  return sum;
+}
+
 std::uint64_t digest_of_rows() {
   std::uint64_t sum = 0;
   for (const Row& row : rows()) {
@@ -69,8 +76,8 @@ std::uint64_t digest_of_rows() {
 std::uint64_t digest_of_vectors() {
   std::uint64_t sum = 0;
   for (const auto& [numbers, reals] : vector_rows()) {
-    sum += digest(numbers.front()) + digest(numbers.back()) + digest(reals.front()) +
-           digest(reals.back());
+    sum += digest_of_vector<std::int32_t>(numbers.data(), kElements * sizeof numbers[0]) +
+           digest_of_vector<double>(reals.data(), kElements * sizeof reals[0]);
   }
   return sum;
 }

@@ -37,9 +37,18 @@ void build(cf_id format, const std::vector<Row>& all, Add add, Use use) {
   }
 }
 
+/// With WQDATA_BENCH_KINDS=2 in the environment every other record, at random, begins with its last
+/// field: what is gained by records that begin alike is then lost.
+inline bool begins_with_error(const Row& row) {
+  static const bool kinds = std::getenv("WQDATA_BENCH_KINDS") != nullptr;
+  return kinds && row.error % 2 != 0;
+}
+
 template <typename Use>
 void build_rows(cf_id format, Use use) {
   const auto add = [](wqd::CDataBlock& block, const Row& row) {
+    const bool otherKind = begins_with_error(row);
+    if (otherKind) block.AddError(kError, row.error);
     block.Add(kNumber, row.number);
     block.Add(kSmall, row.small);
     block.Add(kReal, row.real);
@@ -47,7 +56,7 @@ void build_rows(cf_id format, Use use) {
     block.Add(kDate, row.date);
     block.Add(kTime, row.time);
     block.Add(kText, row.text.c_str());
-    block.AddError(kError, row.error);
+    if (!otherKind) block.AddError(kError, row.error);
   };
   build(format, rows(), add, use);
 }
@@ -79,6 +88,12 @@ inline Blocks blocks_of_vectors(cf_id format) {
   return all_blocks([format](auto use) { build_vectors(format, use); });
 }
 
+template <typename Element>
+std::uint64_t digest_of_vector(wqd::CDataItem& item) {
+  const auto count = static_cast<std::size_t>(item.GetSize());
+  return digest_of_vector<Element>(item.GetVectorPtr(), count * sizeof(Element));
+}
+
 inline std::uint64_t digest(wqd::CDataItem& item) {
   switch (item.GetType()) {
     case TYPE_LONG:
@@ -89,14 +104,8 @@ inline std::uint64_t digest(wqd::CDataItem& item) {
     case TYPE_TIME: return digest(static_cast<std::int32_t>(item.GetTime()));  // of seconds
     case TYPE_STRING: return digest(item.GetString(), static_cast<std::size_t>(item.GetSize()) - 1);
     case TYPE_ERROR: return digest(item.GetError());
-    case TYPE_VECTOR_LONG: {
-      const auto* const elements = static_cast<const std::int32_t*>(item.GetVectorPtr());
-      return digest(elements[0]) + digest(elements[item.GetSize() - 1]);
-    }
-    case TYPE_VECTOR_DOUBLE: {
-      const auto* const elements = static_cast<const double*>(item.GetVectorPtr());
-      return digest(elements[0]) + digest(elements[item.GetSize() - 1]);
-    }
+    case TYPE_VECTOR_LONG: return digest_of_vector<std::int32_t>(item);
+    case TYPE_VECTOR_DOUBLE: return digest_of_vector<double>(item);
     default: return 0;
   }
 }

@@ -51,22 +51,15 @@ inline void pack_vectors(msgpack::sbuffer& buffer) {
 /// with the elements copies them into an array of its own, one that passes them on leaves them.
 enum class Vectors { kCopied, kInPlace };
 
-/// Adds up the ends of a vector.
 template <Vectors vectors, typename Element>
-std::uint64_t digest_of_ends(const void* bytes, std::size_t size) {
-  Element first, last;
+std::uint64_t visit_vector(const void* bytes, std::size_t size) {
   if constexpr (vectors == Vectors::kCopied) {
     static std::vector<Element> array;  // used again from field to field
     array.resize(size / sizeof(Element));
-    std::memcpy(array.data(), bytes, size);
+    bytes = std::memcpy(array.data(), bytes, size);
     benchmark::DoNotOptimize(array.data());
-    first = array.front();
-    last = array.back();
-  } else {
-    std::memcpy(&first, bytes, sizeof first);
-    std::memcpy(&last, static_cast<const char*>(bytes) + size - sizeof last, sizeof last);
   }
-  return digest(first) + digest(last);
+  return digest_of_vector<Element>(bytes, size);
 }
 
 /// Adds up what it visits.
@@ -102,8 +95,8 @@ struct MsgpackSum : msgpack::null_visitor {
     return true;
   }
   bool visit_ext(const char* bytes, std::uint32_t size) {  // a type byte stands in front
-    sum += key == kNumber ? digest_of_ends<vectors, std::int32_t>(bytes + 1, size - 1)
-                          : digest_of_ends<vectors, double>(bytes + 1, size - 1);
+    sum += key == kNumber ? visit_vector<vectors, std::int32_t>(bytes + 1, size - 1)
+                          : visit_vector<vectors, double>(bytes + 1, size - 1);
     return true;
   }
 };
@@ -119,7 +112,7 @@ std::uint64_t walk(const msgpack::sbuffer& buffer) {
 /// Documents back to back, as a file of them is.
 class Bson {
  public:
-  Bson() : m_writer(bson_writer_new(&m_bytes, &m_capacity, 0, bson_realloc_ctx, nullptr)) {}
+  Bson() : m_writer(NewWriter()) {}
   ~Bson() {
     bson_writer_destroy(m_writer);
     bson_free(m_bytes);
@@ -133,12 +126,21 @@ class Bson {
     return document;
   }
   void End() { bson_writer_end(m_writer); }
-  void Clear() { bson_writer_rollback(m_writer); }
 
-  const std::uint8_t* data() const { return m_bytes; }
+  /// Begins anew in the same buffer.
+  void Clear() {
+    bson_writer_destroy(m_writer);
+    m_writer = NewWriter();
+  }
+
+  std::uint8_t* data() const { return m_bytes; }
   std::size_t size() const { return bson_writer_get_length(m_writer); }
 
  private:
+  bson_writer_t* NewWriter() {
+    return bson_writer_new(&m_bytes, &m_capacity, 0, bson_realloc_ctx, nullptr);
+  }
+
   std::uint8_t* m_bytes = nullptr;
   std::size_t m_capacity = 0;
   bson_writer_t* m_writer;
@@ -200,8 +202,8 @@ std::uint64_t digest(const bson_iter_t& field) {
       std::uint32_t size = 0;
       const std::uint8_t* bytes = nullptr;
       bson_iter_binary(&field, nullptr, &size, &bytes);
-      return *bson_iter_key(&field) == '1' ? digest_of_ends<vectors, std::int32_t>(bytes, size)
-                                           : digest_of_ends<vectors, double>(bytes, size);
+      return *bson_iter_key(&field) == '1' ? visit_vector<vectors, std::int32_t>(bytes, size)
+                                           : visit_vector<vectors, double>(bytes, size);
     }
     default: return 0;
   }

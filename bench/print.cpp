@@ -16,11 +16,10 @@ namespace {
 constexpr std::size_t kRoom = 400;  // for the largest double
 
 std::uint64_t sum_of_chars(const char* text, std::size_t length) {
-  return length + static_cast<unsigned char>(text[0]) +
-         static_cast<unsigned char>(text[length - 1]);
+  return digest(text, length) + static_cast<unsigned char>(text[0]);
 }
 
-/// Adds up what `print` makes of each value: the length of a text in the buffer that it is given.
+/// Adds up what `print` makes of each value: a text in the buffer that it is given, and its length.
 template <typename Value, typename Print>
 std::uint64_t print_all(const std::vector<Value>& values, Print print) {
   std::uint64_t sum = 0;
@@ -39,9 +38,10 @@ void register_print(const std::string& name, const std::vector<Value>& values, s
          [&values, print] { return print_all(values, print); });
 }
 
-void register_doubles() {
-  const std::string workload = "Print doubles as %.4f";
-  static const std::vector<double> values = column(&Row::real);
+/// The values are multiplied by `scale`.
+void register_doubles(const std::string& workload, double scale) {
+  auto& values = *new std::vector<double>(column(&Row::real));
+  for (double& value : values) value *= scale;
   const auto by_snprintf = [](double value, char* buffer) {
     return static_cast<std::size_t>(std::snprintf(buffer, kRoom, "%.4f", value));
   };
@@ -64,23 +64,24 @@ void register_doubles() {
 void register_longs() {
   const std::string workload = "Print longs";
   static const std::vector<std::int32_t> values = column(&Row::number);
-  const auto by_to_chars = [](std::int32_t value, char* buffer) {
-    return static_cast<std::size_t>(std::to_chars(buffer, buffer + kRoom, value).ptr - buffer);
-  };
-  const std::uint64_t sum = print_all(values, by_to_chars);
+  const std::uint64_t sum = print_all(values, [](std::int32_t value, char* buffer) {
+    return static_cast<std::size_t>(std::snprintf(buffer, kRoom, "%d", value));
+  });
   wqd::CDataItem item;
   register_print(workload + "/wqdata", values, sum,
                  [item](std::int32_t value, char* buffer) mutable {
                    item.Set(kNumber, value);
                    return static_cast<std::size_t>(item.Print(buffer, kRoom));
                  });
-  register_print(workload + "/std::to_chars", values, sum, by_to_chars);
+  register_print(workload + "/std::to_chars", values, sum, [](std::int32_t value, char* buffer) {
+    return static_cast<std::size_t>(std::to_chars(buffer, buffer + kRoom, value).ptr - buffer);
+  });
   register_print(workload + "/fmt", values, sum, [](std::int32_t value, char* buffer) {
     return static_cast<std::size_t>(fmt::format_to(buffer, FMT_COMPILE("{}"), value) - buffer);
   });
 }
 
-// A line of CSV has five fields: long, short, double, text and long price as a decimal.
+// A line of CSV has five fields: long, short, double, text, and another double.
 constexpr std::size_t kFieldsOfLine = 5;
 constexpr std::size_t kRoomOfLine = 80;
 
@@ -122,7 +123,7 @@ void add_fields_of_line(wqd::CDataBlock& block, const Row& row) {
   block.Add(kSmall, row.small);
   block.Add(kReal, row.real);
   block.Add(kText, row.text.c_str());
-  block.Add(kPrice, row.real / 2);
+  block.Add(kReal, row.real / 2);
 }
 
 wqd::DataBlockPtr lines_of_fields() {
@@ -159,10 +160,12 @@ void register_lines() {
   const auto text_of = [](wqd::CDataBlock& block) {
     return std::string(static_cast<const char*>(block.GetData()));
   };
-  const std::string text = text_of(*lines_of_fields());
+  std::string text(rows().size() * kRoomOfLine, ' ');
+  text.resize(write_lines(text.data(), line_by_snprintf));
   const std::size_t items = rows().size() * kFieldsOfLine;
   const std::string fields = "CSV from fields", block = "CSV from a ZUL3 block";
-  series(fields + "/wqdata", items, true, [] { return lines_of_fields()->GetDataSize(); });
+  series(fields + "/wqdata", items, text_of(*lines_of_fields()) == text,
+         [] { return lines_of_fields()->GetDataSize(); });
   register_peers_of_lines(fields, text);
   const auto make = [](auto use) { build(ZUL3, rows(), add_fields_of_line, use); };
   const Blocks& sources = *new Blocks(all_blocks(make));
@@ -178,14 +181,12 @@ void register_lines() {
 
 /// The doubles as texts. Items are large, and a program has few: data of another scale has no more
 /// of them, and reads them over and over.
-const std::vector<std::string>& number_texts() {
-  static const std::vector<std::string> all = [] {
-    const std::size_t count = std::min(rows().size(), std::size_t{10000});
-    std::vector<std::string> texts;
-    for (std::size_t i = 0; i < count; ++i) texts.push_back(fmt::format("{:.4f}", rows()[i].real));
-    return texts;
-  }();
-  return all;
+template <typename Format>
+std::vector<std::string> number_texts(Format format) {
+  const std::size_t count = std::min(rows().size(), std::size_t{10000});
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < count; ++i) texts.push_back(fmt::format(format, rows()[i].real));
+  return texts;
 }
 
 template <typename Texts, typename Read>
@@ -198,25 +199,25 @@ double read_all(const Texts& texts, Read read) {
 }
 
 template <typename Texts, typename Read>
-void register_read(const char* name, double sum, const Texts& texts, Read read) {
+void register_read(const std::string& name, double sum, const Texts& texts, Read read) {
   const std::size_t passes = (rows().size() + texts.size() - 1) / texts.size();
-  series(std::string("Number from the text of an item/") + name, passes * texts.size(),
-         read_all(texts, read) == sum, [&texts, read] { return read_all(texts, read); });
+  series(name, passes * texts.size(), read_all(texts, read) == sum,
+         [&texts, read] { return read_all(texts, read); });
 }
 
-void register_reads() {
-  const std::vector<std::string>& texts = number_texts();
+void register_reads(const std::string& workload, const std::vector<std::string>& texts) {
   const double sum =
       read_all(texts, [](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
   auto& items = *new std::vector<wqd::CDataItem>;
   for (const std::string& text : texts) items.emplace_back(kText, text.c_str(), -1);
-  register_read("wqdata", sum, items, [](const wqd::CDataItem& item) { return item.GetFloat(); });
-  register_read("fast_float", sum, texts, [](const std::string& text) {
+  register_read(workload + "/wqdata", sum, items,
+                [](const wqd::CDataItem& item) { return item.GetFloat(); });
+  register_read(workload + "/fast_float", sum, texts, [](const std::string& text) {
     double value = 0;
     fast_float::from_chars(text.data(), text.data() + text.size(), value);
     return value;
   });
-  register_read("std::from_chars", sum, texts, [](const std::string& text) {
+  register_read(workload + "/std::from_chars", sum, texts, [](const std::string& text) {
     double value = 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
     return value;
@@ -226,9 +227,15 @@ void register_reads() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  register_doubles();
+  static const auto texts_of_four_decimals = number_texts(FMT_COMPILE("{:.4f}"));
+  static const auto texts_of_17_digits = number_texts(FMT_COMPILE("{:.17g}"));
+  static const auto texts_with_exponents = number_texts(FMT_COMPILE("{:.3e}"));
+  register_doubles("Print doubles as %.4f", 1);
+  register_doubles("Print doubles above 4.5e11", 1e13);
   register_longs();
   register_lines();
-  register_reads();
+  register_reads("Number from the text of an item", texts_of_four_decimals);
+  register_reads("Number of 17 digits", texts_of_17_digits);
+  register_reads("Number with an exponent", texts_with_exponents);
   return run_benchmarks(argc, argv);
 }

@@ -193,4 +193,6 @@ bool are_valid_tables() {
   return each_table<flat::Record>(tables, [](const std::uint8_t*) {});
 }
 
+std::uint8_t& start_of_a_table() { return tables[sizeof(flatbuffers::uoffset_t)]; }
+
 }  // namespace wqd_bench

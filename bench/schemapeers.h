@@ -29,8 +29,9 @@ void build_tagged_tables();
 /// Every field of them, in verified tables.
 std::uint64_t walk_tagged_tables();
 
-/// Verifies the tables of `build_tables`.
+/// Verifies the tables of `build_tables`; and a byte of them that says where the first begins.
 bool are_valid_tables();
+std::uint8_t& start_of_a_table();
 
 }  // namespace wqd_bench
 

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 #include <wqdata/textsupport/myparser.h>
 
+#include <array>
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 #include "ours.h"
 
@@ -12,22 +14,39 @@ using namespace wqd_bench;
 
 namespace {
 
-/// Lines of eight fields; `quote` stands around each text.
-const std::string& lines(const std::string& quote) {
-  static std::string texts[2];
-  std::string& text = texts[quote.empty() ? 0 : 1];
-  if (!text.empty()) return text;
+std::uint64_t sum_of(const std::string& field) {
+  return field.empty() ? 1 : digest(field.data(), field.size());
+}
+
+std::array<std::string, kFieldsOfRow> fields_of(const Row& row) {
+  const auto [day, month, year] = row.date;
+  return {std::to_string(row.number),
+          std::to_string(row.small),
+          fmt::format("{:.4f}", row.real),
+          std::to_string(row.price),
+          fmt::format("{}/{}/{}", month, day, year),
+          std::to_string(row.time.minutes),
+          row.text,
+          std::to_string(row.error)};
+}
+
+/// Lines of eight fields, with `quote` around each.
+std::string lines(const std::string& quote) {
+  std::string text;
   for (const Row& row : rows()) {
-    text += fmt::format("{},{},{:.4f},{},{}/{}/{},{},{}{}{},{}\n", row.number, row.small, row.real,
-                        row.price, row.date.month, row.date.day, row.date.year, row.time.minutes,
-                        quote, row.text, quote, row.error);
+    for (const std::string& field : fields_of(row)) text += quote + field + quote + ',';
+    text.back() = '\n';
   }
   text.pop_back();
   return text;
 }
 
-std::uint64_t sum_of(const std::string& field) {
-  return field.empty() ? 1 : digest(field.data(), field.size());
+std::uint64_t sum_of_lines() {
+  std::uint64_t sum = 0;
+  for (const Row& row : rows()) {
+    for (const std::string& field : fields_of(row)) sum += sum_of(field);
+  }
+  return sum;
 }
 
 std::uint64_t split_by_parser(const std::string& text) {
@@ -72,10 +91,11 @@ std::uint64_t split_by_libcsv(const std::string& text) {
   return sum;
 }
 
-void register_split(const std::string& workload, const std::string& text) {
-  const std::uint64_t sum = split_by_memchr(text);
+void register_split(const std::string& workload, const std::string& quote) {
+  const std::string& text = *new std::string(lines(quote));
+  const std::uint64_t sum = sum_of_lines();
   const auto add = [&](const char* name, std::uint64_t (*split)(const std::string&)) {
-    series(workload + name, rows().size() * 8, split(text) == sum,
+    series(workload + name, rows().size() * kFieldsOfRow, split(text) == sum,
            [split, &text] { return split(text); });
   };
   add("/wqdata", split_by_parser);
@@ -83,16 +103,30 @@ void register_split(const std::string& workload, const std::string& text) {
   add("/libcsv", split_by_libcsv);
 }
 
+using Pair = std::pair<int, std::string>;
+
+std::array<Pair, 4> pairs_of(const Row& row) {
+  return {Pair(22, fmt::format("{:.4f}", row.real)), Pair(32, std::to_string(row.number)),
+          Pair(40, row.text), Pair(41, std::to_string(row.small))};
+}
+
 /// A line of pairs "identifier tab value tab ..." for each record.
-const std::string& pairs() {
-  static std::string text;
-  if (!text.empty()) return text;
+std::string lines_of_pairs() {
+  std::string text;
   for (const Row& row : rows()) {
-    text += fmt::format("22\t{:.4f}\t32\t{}\t40\t{}\t41\t{}\n", row.real, row.number, row.text,
-                        row.small);
+    for (const auto& [id, value] : pairs_of(row)) text += fmt::format("{}\t{}\t", id, value);
+    text.back() = '\n';
   }
   text.pop_back();
   return text;
+}
+
+std::uint64_t sum_of_pairs() {
+  std::uint64_t sum = 0;
+  for (const Row& row : rows()) {
+    for (const auto& [id, value] : pairs_of(row)) sum += static_cast<unsigned>(id) + sum_of(value);
+  }
+  return sum;
 }
 
 std::uint64_t walk_pairs(wqd::CDataBlock& block) {
@@ -132,18 +166,20 @@ std::uint64_t walk_by_memchr(const std::string& text) {
 void register_pairs() {
   const std::string workload = "Walk pairs of wrapped text";
   const std::size_t items = rows().size() * 4;
-  const std::uint64_t sum = walk_by_memchr(pairs());
-  static std::string bytes = pairs();
-  wqd::CDataBlock& block = *wqd::CDataBlock::NewDataBlock(TEXT, bytes.data(), 0);
-  series(workload + "/wqdata", items, walk_pairs(block) == sum, [&] { return walk_pairs(block); });
-  series(workload + "/memchr, from_chars", items, true, [] { return walk_by_memchr(pairs()); });
+  const std::uint64_t sum = sum_of_pairs();
+  std::string& text = *new std::string(lines_of_pairs());
+  wqd::CDataBlock& block = *wqd::CDataBlock::NewDataBlock(TEXT, text.data(), 0);
+  series(workload + "/wqdata", items, walk_pairs(block) == sum,
+         [&block] { return walk_pairs(block); });
+  series(workload + "/memchr, from_chars", items, walk_by_memchr(text) == sum,
+         [&text] { return walk_by_memchr(text); });
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  register_split("Split plain CSV", lines(""));
-  register_split("Split quoted CSV", lines("\""));
+  register_split("Split plain CSV", "");
+  register_split("Split quoted CSV", "\"");
   register_pairs();
   return run_benchmarks(argc, argv);
 }

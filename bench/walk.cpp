@@ -1,4 +1,6 @@
 // Walking every field of received bytes, vectors, and looking for one field in each record.
+#include <utility>
+
 #include "flexrow.h"
 #include "ours.h"
 #include "peers.h"
@@ -84,25 +86,35 @@ std::uint64_t find(const Bson& bson) {
   return sum;
 }
 
-/// A buffer for each record: maps are found in by their roots.
-std::vector<std::vector<std::uint8_t>> flex_rows() {
-  std::vector<std::vector<std::uint8_t>> buffers;
+/// Maps are found in by their roots, so that each record is a buffer; they lie back to back.
+struct FlexRows {
+  std::vector<std::uint8_t> bytes;
+  std::vector<std::size_t> sizes;
+};
+
+FlexRows flex_rows() {
+  FlexRows all;
+  flexbuffers::Builder builder;
   for (const Row& row : rows()) {
-    flexbuffers::Builder builder;
+    builder.Clear();
     add_map(builder, row);
     builder.Finish();
-    buffers.push_back(builder.GetBuffer());
+    const std::vector<std::uint8_t>& buffer = builder.GetBuffer();
+    all.bytes.insert(all.bytes.end(), buffer.begin(), buffer.end());
+    all.sizes.push_back(buffer.size());
   }
-  return buffers;
+  return all;
 }
 
 /// Received bytes are verified before they are read, as the library's guide asks for.
 template <bool verified>
-std::uint64_t find(const std::vector<std::vector<std::uint8_t>>& buffers) {
+std::uint64_t find(const FlexRows& all) {
   std::uint64_t sum = 0;
-  for (const auto& buffer : buffers) {
-    if (verified && !flexbuffers::VerifyBuffer(buffer.data(), buffer.size())) continue;
-    sum += digest(flexbuffers::GetRoot(buffer).AsMap()["4"].AsInt32());
+  const std::uint8_t* at = all.bytes.data();
+  for (const std::size_t size : all.sizes) {
+    const std::uint8_t* const buffer = std::exchange(at, at + size);
+    if (verified && !flexbuffers::VerifyBuffer(buffer, size)) continue;
+    sum += digest(flexbuffers::GetRoot(buffer, size).AsMap()["4"].AsInt32());
   }
   return sum;
 }
@@ -120,7 +132,7 @@ void register_find() {
   auto& bson = *new Bson;
   append_rows(bson);
   series(workload + "/libbson", items, find(bson) == sum, [&bson] { return find(bson); });
-  const auto& flex = *new std::vector(flex_rows());
+  const auto& flex = *new FlexRows(flex_rows());
   series(workload + "/flexbuffers verified", items, find<true>(flex) == sum,
          [&flex] { return find<true>(flex); });
   series("Find a field, bytes trusted/flexbuffers", items, find<false>(flex) == sum,

@@ -158,7 +158,8 @@ class SixteenDigits {
   static bool TakeOut(std::uint64_t& word, std::uint64_t mark, std::uint64_t first) {
     const std::uint64_t unit = mark >> 7;  // the character's lowest bit
     const std::uint64_t character = (mark << 1) - unit;
-    if (!std::has_single_bit(mark) || (word & character) != ('.' ^ '0') * unit) return false;
+    const bool several = (mark & (mark - 1)) != 0;
+    if (several || (word & character) != ('.' ^ '0') * unit) return false;
     const std::uint64_t front = word & (unit - 1);
     word = (word & ~(front | character)) | front << 8 | first;
     return true;
